@@ -1,0 +1,35 @@
+# Every target of ours is made by one of these, so that warnings, sanitizers and include rules are
+# the same everywhere. Link order is the architecture: see docs/architecture.md.
+
+add_library(wardex_compile_options INTERFACE)
+target_compile_options(wardex_compile_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat=2 -Wnon-virtual-dtor
+    $<$<BOOL:${WARDEX_WERROR}>:-Werror>)
+target_compile_definitions(wardex_compile_options INTERFACE
+    QT_NO_CAST_FROM_BYTEARRAY QT_NO_KEYWORDS
+    $<$<CONFIG:Release>:QT_NO_DEBUG_OUTPUT>)
+if(WARDEX_SANITIZE)
+    target_compile_options(wardex_compile_options INTERFACE
+        -fsanitize=${WARDEX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(wardex_compile_options INTERFACE -fsanitize=${WARDEX_SANITIZE})
+endif()
+
+# wardex_add_library(NAME SOURCES ... [PUBLIC_INCLUDE dir] [LINKS ...] [PRIVATE_LINKS ...] [MOC])
+# MOC: some class carries Q_OBJECT; list its header among the SOURCES.
+function(wardex_add_library name)
+    cmake_parse_arguments(ARG "MOC" "PUBLIC_INCLUDE" "SOURCES;LINKS;PRIVATE_LINKS" ${ARGN})
+    add_library(${name} STATIC ${ARG_SOURCES})
+    set_target_properties(${name} PROPERTIES AUTOMOC ${ARG_MOC})
+    if(ARG_PUBLIC_INCLUDE)
+        target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/${ARG_PUBLIC_INCLUDE})
+    endif()
+    target_link_libraries(${name} PUBLIC ${ARG_LINKS} PRIVATE ${ARG_PRIVATE_LINKS} wardex_compile_options)
+endfunction()
+
+# wardex_add_executable(NAME SOURCES ... [LINKS ...] [MOC])
+function(wardex_add_executable name)
+    cmake_parse_arguments(ARG "MOC" "" "SOURCES;LINKS" ${ARGN})
+    add_executable(${name} ${ARG_SOURCES})
+    set_target_properties(${name} PROPERTIES AUTOMOC ${ARG_MOC})
+    target_link_libraries(${name} PRIVATE ${ARG_LINKS} wardex_compile_options)
+endfunction()
