@@ -17,7 +17,8 @@ class ChildProcess
 {
 public:
     /// Starts command[0] (looked up in PATH) with the rest as arguments; standard output and
-    /// standard error go to outputFile when one is named (created, truncated), else they are shared.
+    /// standard error go to outputFile when one is named (created, truncated), else they are
+    /// shared.
     explicit ChildProcess(const std::vector<std::string>& command,
                           const std::string& outputFile = std::string());
     ~ChildProcess();
