@@ -1,10 +1,44 @@
 #pragma once
 
+#include <cstdint>
+
 namespace orvo
 {
 
-// Limits and periods of supervision, with their units. Fixed: the device has no configuration file
-// for them.
+// When the supervisor loses patience, and the other limits and periods of supervision. Fixed: the
+// device has no configuration file for them. A service's ping interval is not here, it belongs to
+// the service object. With a ping every second the thresholds below mean 7 s of grace for a start,
+// 4 s of silence until a service is down, and 2 s more until its init script is run.
+
+/// Bad pings in a row that are borne while a service starts: it loads its calibration first.
+inline constexpr int kStartingBadPingThreshold = 6;
+
+/// Bad pings in a row that are borne of a service that is up: one lost answer under load must not
+/// take a working camera down.
+inline constexpr int kUpBadPingThreshold = 3;
+
+/// Bad pings in a row that are borne of a service that is down: it was judged already, and gets one
+/// more chance before it is restarted.
+inline constexpr int kDownBadPingThreshold = 1;
+
+/// ms. Period of the system machine and of feeding the hardware watchdog: well below the time-out
+/// that the boot configuration gives the watchdog.
+inline constexpr int kSystemTickMs = 1000;
+
+/// Ticks that the device may take to become stable after power-on or a package restart; it is
+/// unstable on the next one.
+inline constexpr std::uint32_t kStartingTickLimit = 5;
+
+/// Ticks that are borne unstable, over all unstable periods since the last package restart; the
+/// package is restarted on the next one. Leaves time for restarting a single service.
+inline constexpr std::uint32_t kUnstableTickLimit = 10;
+
+/// Package restarts within the window after which one more would be pointless: the device reboots.
+inline constexpr std::uint32_t kRestartLimit = 3;
+
+/// Minutes for which a package restart counts.
+inline constexpr std::uint32_t kRestartWindowMinutes = 5;
+inline constexpr std::uint32_t kSecondsPerMinute = 60;
 
 /// Bytes of a once-only syslog text with its terminator; a longer text is cut, not dropped.
 inline constexpr int kSyslogTextBytes = 512;
