@@ -1,0 +1,1 @@
+"""A camera device on the desk: the unmodified supervisor on a simulated device, in a private box."""
