@@ -1,0 +1,126 @@
+"""The command ./run."""
+
+import importlib
+import os
+import signal
+import sys
+from types import FrameType
+from typing import Any, NoReturn, Optional, Sequence
+
+from wardex_desk import building, command_line, deeds, record_log, shell
+from wardex_desk.box import BoxError
+from wardex_desk.building import BuildError
+from wardex_desk.command_line import Request
+from wardex_desk.control import ControlError
+from wardex_desk.controls import Controls
+from wardex_desk.deeds import WrongWords
+from wardex_desk.desk import Desk
+from wardex_desk.device import DeviceError
+from wardex_desk.eeprom import DescriptionError
+from wardex_desk.firmware import Plan
+from wardex_desk.instance import Instance, InstanceError
+
+FAILED = 1
+WRONG_WORDS = 2
+ENDS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
+
+
+class Stopped(BaseException):
+    """The person, or the system, ends the command; number: of the signal."""
+
+    def __init__(self, number: int) -> None:
+        super().__init__(number)
+        self.number = number
+
+
+def _stop(number: int, _: Optional[FrameType]) -> NoReturn:
+    # One is enough: a second must not cut short the tidying up.
+    for end in ENDS:
+        signal.signal(end, signal.SIG_IGN)
+    raise Stopped(number)
+
+
+def main(arguments: Sequence[str]) -> int:
+    """Does what the words ask for; 0 done, 1 failed, 2 wrong words, 128+n ended by a signal."""
+    for end in ENDS:
+        signal.signal(end, _stop)
+    try:
+        return _perform(command_line.parse(arguments))
+    except WrongWords as error:
+        return _complain(str(error), WRONG_WORDS)
+    except (
+        BoxError,
+        BuildError,
+        ControlError,
+        DescriptionError,
+        DeviceError,
+        InstanceError,
+    ) as error:
+        return _complain(str(error), FAILED)
+    except BrokenPipeError:
+        # The reader of our words has gone, as after `./run logs | head`.
+        os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
+        return FAILED
+    except Stopped as stopped:
+        # Ctrl-C is how the story ends when all is well.
+        return 0 if stopped.number == signal.SIGINT else 128 + stopped.number
+
+
+def _complain(text: str, status: int) -> int:
+    print(f"run: {text}", file=sys.stderr)
+    return status
+
+
+def _perform(request: Request) -> int:
+    instance = Instance(request.name, request.home)
+    if request.command == "help":
+        print(command_line.help_text())
+    elif request.command == "list":
+        for name, meaning in _part("scenario").catalogue().items():
+            print(f"{name:<20} {meaning}")
+    elif request.command == "do":
+        deed = deeds.deed(request.words)
+        _require_running(instance)
+        deed.perform(Controls(instance))
+        print(deed.done)
+    elif request.command == "sh":
+        return shell.open_shell(instance, request.words, sys.stdin.isatty())
+    elif request.command == "logs":
+        _require_running(instance)
+        return record_log.show(Controls(instance), sys.stdout, sys.stdout.isatty(), request.follow)
+    else:
+        return _put_on_desk(request)
+    return 0
+
+
+def _require_running(instance: Instance) -> None:
+    if not instance.is_running():
+        raise InstanceError(f"no device '{instance.name}' is running (start it with ./run)")
+
+
+def _put_on_desk(request: Request) -> int:
+    if request.command == "scenario":
+        names = list(_part("scenario").catalogue())
+        if request.scenario not in names:
+            raise WrongWords(
+                f"no scenario is called '{request.scenario}': say one of {', '.join(names)}"
+            )
+    programs = building.programs(request.preset, request.wardex, sys.stderr)
+    desk = Desk(programs, request.name, request.home)
+    if request.command == "scenario":
+        return int(_part("scenario").play(request.scenario, desk, sys.stdout))
+    return _live(desk, request)
+
+
+def _live(desk: Desk, request: Request) -> int:
+    plan = Plan(family=request.family, developer=request.developer, watchdog_ms=request.watchdog_ms)
+    with desk.device(plan) as device:
+        if device.refused_duties() is not None:
+            print(f"Beware: {device.refused_duties()}", file=sys.stderr)
+        device.power_on()
+        _part("story_live").follow(device, sys.stdout, lambda: False)
+        return _complain(f"the device went down for good:\n{device.last_words()}", FAILED)
+
+
+def _part(name: str) -> Any:
+    return importlib.import_module(f"wardex_desk.{name}")

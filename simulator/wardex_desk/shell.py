@@ -1,0 +1,44 @@
+"""A person's way onto the device: ./run sh."""
+
+import os
+import subprocess
+from typing import Sequence
+
+from wardex_desk import control
+from wardex_desk.instance import Instance
+from wardex_desk.places import SHORT_PATH
+
+NAMESPACES = ("-m", "-p", "-n", "-i", "-u")
+
+
+def entering(boot_program: int, words: Sequence[str]) -> list[str]:
+    """The command line that runs a program in the box of this process."""
+    variables = [f"PATH={SHORT_PATH}", "HOME=/root", "LANG=C.UTF-8", "ENV=/etc/profile"]
+    variables.append(f"TERM={os.environ.get('TERM', 'dumb')}")
+    inside = ["env", "-i", *variables, *words]
+    if _same(boot_program, "pid"):
+        return inside
+    options = [*NAMESPACES]
+    if not _same(boot_program, "user"):
+        options += ["-U", "--preserve-credentials"]
+    return ["nsenter", "-t", str(boot_program), *options, "--wd=/proc/self/cwd", "--", *inside]
+
+
+def open_shell(instance: Instance, words: Sequence[str], on_terminal: bool) -> int:
+    """Runs words in a shell on the device, or an interactive one; answers its exit status.
+
+    Raises ControlError when the device does not run.
+    """
+    if words:
+        inside = ["sh", "-c", " ".join(words)]
+    elif on_terminal:
+        # A terminal of the device's own: jobs can be stopped, and the person's is not listed there.
+        inside = ["script", "--quiet", "--return", "--command", "sh", "/dev/null"]
+    else:
+        inside = ["sh"]
+    command = entering(control.boot_program(instance), inside)
+    return subprocess.run(command).returncode
+
+
+def _same(process: int, kind: str) -> bool:
+    return os.readlink(f"/proc/{process}/ns/{kind}") == os.readlink(f"/proc/self/ns/{kind}")
