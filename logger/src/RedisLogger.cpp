@@ -1,0 +1,144 @@
+#include "logger/RedisLogger.h"
+
+#include "ConfigThread.h"
+#include "LoggerProcess.h"
+#include "RedisLoggerPimpl.h"
+
+#include <algorithm>
+#include <mutex>
+
+#include <cstdarg>
+#include <cstdio>
+
+namespace orvo::Logger
+{
+
+namespace
+{
+
+using Lock = std::lock_guard<std::mutex>;
+
+/// Formats into a message buffer; answers the stored length.
+[[gnu::format(printf, 2, 0)]] std::size_t formatMessage(char (&message)[kMessageCapacity],
+                                                        const char* format, va_list arguments)
+{
+    message[0] = '\0';
+    const int length = std::vsnprintf(message, sizeof message, format, arguments);
+    return std::min(static_cast<std::size_t>(std::max(length, 0)), sizeof message - 1);
+}
+
+} // namespace
+
+RedisLogger::RedisLogger(const std::string& source, const std::string& socketPath,
+                         const std::string& listKey, bool loadConfig)
+    : RedisLogger(std::make_unique<RedisLoggerPimpl>(source, Endpoint{"", 0, socketPath}, listKey),
+                  loadConfig)
+{
+}
+
+RedisLogger::RedisLogger(const std::string& source, const std::string& host, int port,
+                         const std::string& listKey, bool loadConfig)
+    : RedisLogger(std::make_unique<RedisLoggerPimpl>(source, Endpoint{host, port, ""}, listKey),
+                  loadConfig)
+{
+}
+
+RedisLogger::RedisLogger(std::unique_ptr<RedisLoggerPimpl> pimpl, bool loadConfig)
+    : m_pimpl(std::move(pimpl))
+{
+    LoggerProcess& process = LoggerProcess::instance();
+    const Lock lock(process.mutex());
+    m_pimpl->connect();
+    process.attach(m_pimpl.get(), m_pimpl->endpoint());
+    if (loadConfig)
+    {
+        m_pimpl->loadConfig(kCommonSource);
+        m_pimpl->loadConfig(m_pimpl->source());
+    }
+}
+
+RedisLogger::~RedisLogger()
+{
+    LoggerProcess& process = LoggerProcess::instance();
+    std::unique_ptr<ConfigThread> endingThread;
+    {
+        const Lock lock(process.mutex());
+        endingThread = process.detach(m_pimpl.get());
+    }
+    // Joined without the mutex: a configuration that is being handled in the thread waits for it.
+    endingThread.reset();
+}
+
+int RedisLogger::log(std::uint32_t level, const char* format, ...)
+{
+    const Lock lock(LoggerProcess::instance().mutex());
+    if (!m_pimpl->isEnabled(level))
+    {
+        return 0;
+    }
+    char message[kMessageCapacity];
+    va_list arguments;
+    va_start(arguments, format);
+    const std::size_t length = formatMessage(message, format, arguments);
+    va_end(arguments);
+    return m_pimpl->redisPushLog(level, message, length, true);
+}
+
+int RedisLogger::logOnce(std::uint32_t level, const char* format, ...)
+{
+    const Lock lock(LoggerProcess::instance().mutex());
+    if (!m_pimpl->isEnabled(level))
+    {
+        return 0;
+    }
+    char message[kMessageCapacity];
+    va_list arguments;
+    va_start(arguments, format);
+    const std::size_t length = formatMessage(message, format, arguments);
+    va_end(arguments);
+    if (!LoggerProcess::rememberText(std::string_view(message, length)))
+    {
+        return 0;
+    }
+    return m_pimpl->redisPushLog(level, message, length, true);
+}
+
+int RedisLogger::write(std::uint32_t level, const char* text, std::size_t length)
+{
+    const Lock lock(LoggerProcess::instance().mutex());
+    return m_pimpl->redisPushLog(level, text, length, true);
+}
+
+int RedisLogger::saveConfig(const std::string& source, int mask, int maxEntries,
+                            const std::string& pattern)
+{
+    const Lock lock(LoggerProcess::instance().mutex());
+    return m_pimpl->saveConfig(source, mask, maxEntries, pattern);
+}
+
+std::vector<std::string> RedisLogger::getLogEntries(int first, int last)
+{
+    const Lock lock(LoggerProcess::instance().mutex());
+    return m_pimpl->getLogEntries(first, last);
+}
+
+std::vector<std::string> RedisLogger::getLogEntriesFiltered(int first, int last,
+                                                            const std::string& condition)
+{
+    const Lock lock(LoggerProcess::instance().mutex());
+    return m_pimpl->getLogEntriesFiltered(first, last, condition);
+}
+
+int RedisLogger::getLogEntryCount()
+{
+    const Lock lock(LoggerProcess::instance().mutex());
+    return m_pimpl->getLogEntryCount();
+}
+
+int RedisLogger::clearLogEntries()
+{
+    const Lock lock(LoggerProcess::instance().mutex());
+    return m_pimpl->clearLogEntries();
+}
+
+} // namespace orvo::Logger
