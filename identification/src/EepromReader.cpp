@@ -1,31 +1,22 @@
 #include "identification/EepromReader.h"
 
-#include "FileDescriptor.h"
+#include "EepromFile.h"
 #include "identification/EepromLayout.h"
 #include "identification/EepromLocator.h"
 
 #include <string>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace orvo
 {
 
 bool readEeprom(int eepromId, std::uint8_t* buffer, std::size_t bufferSize)
 {
-    std::string path;
-    if (bufferSize < kEepromRecordSize || !locateEeprom(eepromId, path))
+    std::string syspath;
+    if (bufferSize < kEepromRecordSize || !locateEeprom(eepromId, syspath))
     {
         return false;
     }
-    path += kEepromFile;
-    const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!file.isOpen())
-    {
-        return false;
-    }
-    return read(file.get(), buffer, kEepromRecordSize) == static_cast<ssize_t>(kEepromRecordSize);
+    return EepromFile(syspath + kEepromFile).read(buffer, kEepromRecordSize);
 }
 
 } // namespace orvo
