@@ -1,0 +1,27 @@
+"""Tells a running device's story as it happens."""
+
+from __future__ import annotations
+
+from collections.abc import Callable
+from typing import TextIO
+
+from wardex_desk.device import Device
+from wardex_desk.scenarios_stage import LOOK_S, Stage
+from wardex_desk.sources import EventStream
+from wardex_desk.story import Story
+from wardex_desk.story_print import Printer
+from wardex_desk.waiting import pause
+
+
+def follow(device: Device, stream: TextIO, stop: Callable[[], bool]) -> None:
+    """Tells the events of a device that is on, until stop() answers true or the device is off.
+
+    What was still to be told is told in every case, also when an exception ends the waiting.
+    """
+    stage = Stage(device, EventStream(device.instance.folder), Story(), Printer(stream))
+    try:
+        while device.is_on() and not stop():
+            stage.look()
+            pause(LOOK_S)
+    finally:
+        stage.close()
