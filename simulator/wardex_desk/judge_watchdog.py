@@ -1,0 +1,94 @@
+"""Claims about the watchdog and about the system's ticks, each of which feeds it once.
+
+Times are seconds.
+"""
+
+from __future__ import annotations
+
+from wardex_desk.events import WatchdogEvent
+from wardex_desk.judge import Verdict
+from wardex_desk.judge_claims import EARLY, LATE_S
+from wardex_desk.judge_evidence import SYSTEM, Life
+
+TICK_S = 1.0
+
+
+def fed(verdict: Verdict, life: Life, held_up_s: float = 0.0, at_least: int = 1) -> bool:
+    """The watchdog was fed every second while the supervisor lived.
+
+    held_up_s: for how long pings may hold a feed up. The time of its own calls does not count.
+    """
+    limit = TICK_S + held_up_s + LATE_S
+    gaps = [
+        (begin, end - begin - _time_in_calls(life, begin, end))
+        for begin, end in zip(life.feeds, life.feeds[1:])
+    ]
+    late = [(begin, gap) for begin, gap in gaps if gap > limit]
+    evidence = [f"after {life.clock(begin).strip()} no feed for {gap:.2f} s" for begin, gap in late]
+    if len(life.feeds) < at_least:
+        evidence.append(f"fed {len(life.feeds)} times only")
+    return verdict.claim(
+        f"the watchdog is fed without a gap above {limit:.2f} s, {at_least} times or more",
+        not evidence,
+        evidence,
+    )
+
+
+def _time_in_calls(life: Life, begin: float, end: float) -> float:
+    return sum(
+        max(0.0, min(end, call.end) - max(begin, call.begin))
+        for call in life.calls
+        if call.end is not None
+    )
+
+
+def not_fed_after(verdict: Verdict, life: Life, moment: float | None, what: str) -> bool:
+    """No feed from this moment on."""
+    if moment is None:
+        return verdict.claim(
+            f"the watchdog is not fed after {what}", False, ["that never happened"]
+        )
+    late = [at for at in life.feeds if at > moment]
+    return verdict.claim(
+        f"the watchdog is not fed after {what}",
+        not late,
+        [f"fed at {life.clock(at).strip()}" for at in late],
+    )
+
+
+def never_armed(verdict: Verdict, life: Life) -> bool:
+    """The watchdog device was not touched."""
+    seen = life.watchdog + ["feed"] * len(life.feeds)
+    return verdict.claim("the watchdog is never opened", not seen, [f"seen: {', '.join(seen)}"])
+
+
+def ticks(verdict: Verdict, life: Life, state: str, count: int) -> bool:
+    """The system stayed in a state for exactly so many ticks, each time; a tick is a feed."""
+    spans = [span for span in life.spans(SYSTEM) if span.state == state]
+    seen = [life.feeds_in(span) for span in spans]
+    return verdict.claim(
+        f"{state} lasts {count} ticks each time",
+        bool(seen) and all(feeds == count for feeds in seen),
+        [f"ticks seen: {seen}"],
+    )
+
+
+def ticks_in_all(verdict: Verdict, life: Life, state: str, count: int) -> bool:
+    """All the times in a state together are exactly so many ticks."""
+    seen = [life.feeds_in(span) for span in life.spans(SYSTEM) if span.state == state]
+    return verdict.claim(
+        f"{state} lasts {count} ticks in all, in {len(seen)} periods",
+        sum(seen) == count,
+        [f"ticks seen: {' + '.join(map(str, seen)) or 'none'}"],
+    )
+
+
+def reset_after(verdict: Verdict, life: Life, seconds: float) -> bool:
+    """The hardware reset the device when it had not been fed for so long."""
+    resets = [e.at for e in life.events if isinstance(e, WatchdogEvent) and e.what == "reset"]
+    silence = resets[0] - life.feeds[-1] if resets and life.feeds else None
+    return verdict.claim(
+        f"the watchdog resets the device {seconds:.1f} s after the last feed",
+        silence is not None and len(resets) == 1 and EARLY * seconds <= silence <= seconds + LATE_S,
+        [f"resets: {len(resets)}", f"silence before: {silence}"],
+    )
