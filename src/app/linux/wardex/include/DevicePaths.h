@@ -17,9 +17,6 @@ inline constexpr const char kWatchdogNode[] = "/dev/watchdog";
 inline constexpr const char kDeveloperMarker[] = "/etc/mirrorfin_develop";
 inline constexpr const char kPersistentDeveloperMarker[] = "/etc/sysdata/mirrorfin_develop";
 
-/// Redis server of the log records on the device; it keeps them in memory.
-inline constexpr const char kLogSocket[] = "/tmp/redis-cache.sock";
-
 /// Shell command: the kernel reboots 60 s after a panic instead of halting.
 inline constexpr const char kPanicCommand[] = "echo 60 >/proc/sys/kernel/panic";
 
