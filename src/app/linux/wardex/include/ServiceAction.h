@@ -60,10 +60,10 @@ public:
 
     /// Sends a text to syslog unless the process has sent the same text before. Texts are cut at
     /// 511 bytes, and compared as they were cut.
-    void syslogOnce(int priority, const char* format, ...) [[gnu::format(printf, 3, 4)]];
+    [[gnu::format(printf, 3, 4)]] void syslogOnce(int priority, const char* format, ...);
 
 private:
-    bool isMappable(const char* operation, const QString& name, const QString& processName);
+    [[nodiscard]] bool isMappable(const char* operation, const QString& name);
 
     Logger::RedisLogger* m_logger;
     ServiceInfo* m_serviceInfo;

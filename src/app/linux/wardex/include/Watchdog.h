@@ -1,5 +1,7 @@
 #pragma once
 
+#include "FileDescriptor.h"
+
 namespace orvo
 {
 
@@ -31,7 +33,7 @@ public:
 private:
     Watchdog();
 
-    int m_descriptor; ///< -1: could not be opened
+    FileDescriptor m_node;
 };
 
 } // namespace orvo

@@ -1,0 +1,158 @@
+#include "DbusCmd.h"
+
+#include "RunLevel.h"
+#include "ServiceInfo.h"
+#include "SuprSM.h"
+#include "dbus-proxy/BusNames.h"
+#include "dbus-proxy/WardexAdapter.h"
+#include "logger/RedisLogger.h"
+
+#include <QDBusConnection>
+#include <QDBusServiceWatcher>
+
+namespace orvo
+{
+
+namespace
+{
+
+// Status codes of the device for the supervisor's own failures.
+constexpr std::int32_t kTimerRestartFailed = 400004;
+constexpr std::int32_t kStartFailed = 400006;
+constexpr std::int32_t kStopFailed = 400007;
+
+} // namespace
+
+DbusCmd::DbusCmd(ServiceInfo* serviceInfo, Logger::RedisLogger* logger)
+    : m_logger(logger), m_serviceInfo(serviceInfo),
+      m_watcher(new QDBusServiceWatcher(QLatin1String(kVistorBusName), QDBusConnection::systemBus(),
+                                        QDBusServiceWatcher::WatchForRegistration |
+                                            QDBusServiceWatcher::WatchForUnregistration,
+                                        this)),
+      m_serviceAction(serviceInfo, logger)
+{
+    new WardexAdapter(this); // a child: it goes with this object
+
+    QDBusConnection bus = QDBusConnection::systemBus();
+    if (!bus.registerService(QLatin1String(kWardexBusName)))
+    {
+        m_logger->log(Logger::ERROR, "Could not register DBus service %s", kWardexBusName);
+    }
+    if (!bus.registerObject(QLatin1String(kBusObjectPath), this, QDBusConnection::ExportAdaptors))
+    {
+        m_logger->log(Logger::ERROR, "Could not register DBus object");
+    }
+    connect(m_watcher, &QDBusServiceWatcher::serviceUnregistered, this,
+            &DbusCmd::serviceUnregistered);
+    connect(m_watcher, &QDBusServiceWatcher::serviceRegistered, this, &DbusCmd::serviceRegistered);
+    m_watcher->addWatchedService(QLatin1String(kPictorBusName));
+}
+
+DbusCmd::~DbusCmd() = default;
+
+bool DbusCmd::ping(const QString& name, QString& runLevel)
+{
+    // A service that answers without a run level is as good as down.
+    runLevel = kRunLevelDown;
+    return m_serviceInfo->isAlive(name, runLevel);
+}
+
+void DbusCmd::publishAvailability(const QVariantMap& serviceMap)
+{
+    for (auto entry = serviceMap.begin(); entry != serviceMap.end(); ++entry)
+    {
+        if (entry.value().toString() == kRunLevelUp)
+        {
+            m_serviceInfo->registerService(entry.key());
+        }
+        else
+        {
+            m_serviceInfo->unregisterService(entry.key());
+        }
+    }
+    Q_EMIT signalServiceAvailability(serviceMap);
+}
+
+bool DbusCmd::isReplySuccess(std::int32_t code)
+{
+    if (code == 0)
+    {
+        return true;
+    }
+    m_logger->log(Logger::WARN, "reply code: 0x%x", static_cast<unsigned>(code));
+    return false;
+}
+
+orvo::ErrorStatus DbusCmd::doPing(QString& runlevel)
+{
+    runlevel = kRunLevelUp;
+    return {};
+}
+
+orvo::ErrorStatus DbusCmd::doStartService(QString serviceName)
+{
+    return m_serviceAction.doStartService(serviceName) ? ErrorStatus() : ErrorStatus(kStartFailed);
+}
+
+orvo::ErrorStatus DbusCmd::doStopService(QString serviceName)
+{
+    return m_serviceAction.doStopService(serviceName) ? ErrorStatus() : ErrorStatus(kStopFailed);
+}
+
+orvo::ErrorStatus DbusCmd::getServiceList(QStringList& services)
+{
+    services = m_serviceInfo->registeredServices();
+    return {};
+}
+
+orvo::ErrorStatus DbusCmd::getServiceStatus(QString serviceName, QString& serviceStatus)
+{
+    serviceStatus.clear();
+    if (!m_serviceInfo->isKnown(serviceName))
+    {
+        serviceStatus = QStringLiteral("unknown");
+        return {};
+    }
+    const QString processName = m_serviceInfo->processName(serviceName);
+    if (!processName.isEmpty())
+    {
+        serviceStatus = m_serviceInfo->isProcessRunning(processName) ? kRunLevelUp : kRunLevelDown;
+    }
+    return {};
+}
+
+orvo::ErrorStatus DbusCmd::setServicePingTimeoutOneShot(QString serviceName, int timeout)
+{
+    if (!SuprSM::restartTimer(serviceName, timeout))
+    {
+        m_logger->log(Logger::WARN, "%s: restartTimer(%s, %d) failed !",
+                      "setServicePingTimeoutOneShot", qPrintable(serviceName), timeout);
+        return ErrorStatus(kTimerRestartFailed);
+    }
+    m_logger->log(Logger::TRACE, "%s: restartTimer(%s, %d)", "setServicePingTimeoutOneShot",
+                  qPrintable(serviceName), timeout);
+    return {};
+}
+
+void DbusCmd::serviceRegistered(const QString& name)
+{
+    m_logger->log(Logger::TRACE, "DBus service %s available", qPrintable(name));
+    if (!m_serviceInfo->registerService(name))
+    {
+        m_logger->log(Logger::WARN, "DBus service %s could not be registered internally?!",
+                      qPrintable(name));
+    }
+    SuprSM::registered(name);
+}
+
+void DbusCmd::serviceUnregistered(const QString& name)
+{
+    m_logger->log(Logger::TRACE, "DBus Service %s unavailable", qPrintable(name));
+    if (!m_serviceInfo->unregisterService(name))
+    {
+        m_logger->log(Logger::WARN, "DBus service %s could not be unregistered internally?!",
+                      qPrintable(name));
+    }
+}
+
+} // namespace orvo
