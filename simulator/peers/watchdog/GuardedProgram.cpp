@@ -24,7 +24,6 @@ namespace
 constexpr int kNotFound = 127;
 constexpr int kNotExecutable = 126;
 constexpr int kSignalBase = 128;
-constexpr int kGroupSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 
 pid_t parentOf(const std::filesystem::path& process)
 {
@@ -69,17 +68,17 @@ Descriptor GuardedProgram::start()
     Descriptor theirs(ends[1]);
     prctl(PR_SET_CHILD_SUBREAPER, 1);
 
+    // Blocked from before the fork on: a program may end, or its group be signalled, at once.
+    sigset_t programMask;
+    pthread_sigmask(SIG_BLOCK, nullptr, &programMask);
+    m_childEvents = openSignalDescriptor({SIGCHLD, SIGINT, SIGTERM, SIGHUP, SIGQUIT});
     m_pid = fork();
     if (m_pid == 0)
     {
+        pthread_sigmask(SIG_SETMASK, &programMask, nullptr);
         runChild(theirs.get());
     }
     theirs.reset();
-    for (const int number : kGroupSignals)
-    {
-        std::signal(number, SIG_IGN);
-    }
-    m_childEvents = openSignalDescriptor({SIGCHLD});
     Descriptor listener = receiveDescriptor(ours.get());
     if (m_pid == -1 || !m_childEvents.isOpen())
     {

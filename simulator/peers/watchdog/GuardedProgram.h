@@ -24,7 +24,7 @@ public:
 
     /// Starts the program under the watchdog filter, with the signal mask and dispositions this
     /// process had before. From now on SIGCHLD is readable on childEvents() and the signals that
-    /// end a whole process group (INT, TERM, HUP, QUIT) are ignored here: they are for the program.
+    /// end a whole process group (INT, TERM, HUP, QUIT) do nothing here: they are for the program.
     /// @return the filter's listener; a closed descriptor after a complaint on standard error.
     Descriptor start();
 
