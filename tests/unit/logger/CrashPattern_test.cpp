@@ -1,0 +1,125 @@
+#include "CrashPattern.h"
+
+#include <gtest/gtest.h>
+
+#include <regex>
+#include <string>
+
+namespace orvo::Logger
+{
+
+namespace
+{
+
+CrashVerdict verdict(const std::string& pattern, std::string_view message)
+{
+    std::string reason;
+    return tryCrashPattern(pattern, message, reason);
+}
+
+std::string complaintAbout(const std::string& pattern)
+{
+    std::string reason;
+    EXPECT_EQ(CrashVerdict::Unusable, tryCrashPattern(pattern, "message", reason)) << pattern;
+    return reason;
+}
+
+} // namespace
+
+TEST(CrashPattern, CoversTheWholeMessage)
+{
+    EXPECT_EQ(CrashVerdict::Crash, verdict("fatal.*disk", "fatal error on disk"));
+    EXPECT_EQ(CrashVerdict::Spare, verdict("fatal.*disk", "a fatal error on disk now"));
+    EXPECT_EQ(CrashVerdict::Spare, verdict("fatal.*disk", "a fatal error on disk"));
+    EXPECT_EQ(CrashVerdict::Spare, verdict("fatal.*disk", "fatal error on disk now"));
+}
+
+TEST(CrashPattern, TakesEveryByteOfTheMessageAsItIs)
+{
+    EXPECT_EQ(CrashVerdict::Crash, verdict("a\\nb", "a\nb"));
+    EXPECT_EQ(CrashVerdict::Spare, verdict("a.b", "a\nb"));
+    EXPECT_EQ(CrashVerdict::Crash, verdict("a[^x]b", std::string_view("a\0b", 3)));
+    EXPECT_EQ(CrashVerdict::Crash, verdict("\xc3\xa4", "\xc3\xa4"));
+}
+
+TEST(CrashPattern, AgreesWithABacktrackingMatcher)
+{
+    for (const std::string pattern :
+         {"",           "a",         "a*",     "(a|ab)(c|bcd)(d*)", "(a*)*",    "(a+)+b?",
+          "[a-c]{2,4}", "(ab|a)*?b", "^a.*d$", "a(?=b).*",          "a(?!b).*", "\\w+\\s?\\d*",
+          "(?:a|b)+",   "\\bab.*",   "[^a]*",  "[[:alpha:]]+",      "(|a)+",    "a{0}",
+          "(a?){3}",    "x|abcd"})
+    {
+        for (const std::string message :
+             {"", "a", "ab", "abcd", "aaab", "abab", "bcda", "a1", "ab 12", "x", "aaaa", "abx"})
+        {
+            const bool expected = std::regex_match(message, std::regex(pattern));
+            EXPECT_EQ(expected ? CrashVerdict::Crash : CrashVerdict::Spare,
+                      verdict(pattern, message))
+                << pattern << " on " << message;
+        }
+    }
+}
+
+TEST(CrashPattern, IsUnusableWhenItIsNoRegularExpression)
+{
+    for (const char* pattern : {"(", ")", "[", "a{2", "*a", "a{3,2}", "[z-a]", "\\", "(?<a>b)"})
+    {
+        EXPECT_NE("", complaintAbout(pattern));
+    }
+}
+
+TEST(CrashPattern, IsUnusableWithABackReference)
+{
+    EXPECT_NE("", complaintAbout("(.)\\1"));
+}
+
+TEST(CrashPattern, IsUsableUpToAThousandCharacters)
+{
+    EXPECT_EQ(CrashVerdict::Spare, verdict(std::string(1000, 'x'), "message"));
+    EXPECT_EQ("longer than 1000 characters", complaintAbout(std::string(1001, 'x')));
+}
+
+TEST(CrashPattern, IsUsableWithOneLookahead)
+{
+    EXPECT_EQ(CrashVerdict::Crash, verdict("(?=mess).*", "message"));
+    EXPECT_EQ("more look-aheads than 1", complaintAbout("(?=m)(?!x).*"));
+    EXPECT_EQ("more look-aheads than 1", complaintAbout("(?=.*(?=.*(?=.*x))).*"));
+}
+
+TEST(CrashPattern, IsUnusableWhenItsRepetitionsBlowItUp)
+{
+    EXPECT_NE("", complaintAbout("(a{100}){100}"));
+    EXPECT_NE("", complaintAbout("(a?){100000}"));
+    EXPECT_NE("", complaintAbout("a{99999999999999999999}"));
+}
+
+TEST(CrashPattern, CoversALongestMessage)
+{
+    const std::string message(499, 'a');
+    EXPECT_EQ(CrashVerdict::Crash, verdict("a*", message));
+    EXPECT_EQ(CrashVerdict::Crash, verdict(std::string(499, 'a'), message));
+}
+
+// Each of these takes a backtracking matcher for ever or past the end of its stack.
+TEST(CrashPattern, SurvivesPatternsMadeToHurt)
+{
+    const std::string message(499, 'a');
+    EXPECT_EQ(CrashVerdict::Spare, verdict("(a*)*b", message));
+    EXPECT_EQ(CrashVerdict::Spare, verdict("(a|aa)+b", message));
+    EXPECT_EQ(CrashVerdict::Spare, verdict("(.*)(.*)(.*)(.*)(.*)(.*)(.*)(.*)b", message));
+    EXPECT_EQ(CrashVerdict::Crash, verdict("(.|a)*", std::string(1000000, 'a')));
+    std::string empties = "(";
+    for (int index = 0; index < 300; ++index)
+    {
+        empties += "()";
+    }
+    EXPECT_EQ(CrashVerdict::Spare, verdict(empties + "a)*b", message));
+    EXPECT_EQ(CrashVerdict::Spare,
+              verdict(std::string(400, '(') + "a" + std::string(400, ')') + "*b", message));
+    verdict(std::string(1000, '('), message);
+    verdict(std::string(500, '[') + std::string(500, '('), message);
+    verdict("(?=.*" + std::string(300, '.') + ").*b", message);
+}
+
+} // namespace orvo::Logger
