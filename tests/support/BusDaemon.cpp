@@ -50,22 +50,9 @@ BusDaemon& BusDaemon::ofThisProcess()
 BusDaemon::BusDaemon()
 {
     const std::string folder = m_folder.path().toStdString();
-    const std::string configuration = folder + "/bus.conf";
     m_address = "unix:path=" + folder + "/bus";
-    std::ofstream(configuration) << kConfiguration << m_address << kPolicy;
-
-    const std::string output = folder + "/output";
-    m_daemon = std::make_unique<ChildProcess>(
-        std::vector<std::string>{"dbus-daemon", "--nofork", "--print-address",
-                                 "--config-file=" + configuration},
-        output);
-    // It prints its address when it listens.
-    if (!eventually([&] { return contentOf(output).find(m_address) != std::string::npos; }))
-    {
-        std::fprintf(stderr, "dbus-daemon does not listen on %s; it says:\n%s", m_address.c_str(),
-                     contentOf(output).c_str());
-        std::abort();
-    }
+    std::ofstream(folder + "/bus.conf") << kConfiguration << m_address << kPolicy;
+    start();
     setenv("DBUS_SYSTEM_BUS_ADDRESS", m_address.c_str(), 1);
 }
 
@@ -74,6 +61,31 @@ BusDaemon::~BusDaemon() = default;
 void BusDaemon::crash()
 {
     m_daemon->kill();
+}
+
+void BusDaemon::restart()
+{
+    crash();
+    start();
+}
+
+void BusDaemon::start()
+{
+    const std::string folder = m_folder.path().toStdString();
+    const std::string output = folder + "/output";
+    // What an earlier daemon printed must not be taken for this one's.
+    std::ofstream(output, std::ios::trunc).close();
+    m_daemon = std::make_unique<ChildProcess>(
+        std::vector<std::string>{"dbus-daemon", "--nofork", "--print-address",
+                                 "--config-file=" + folder + "/bus.conf"},
+        output);
+    // It prints its address when it listens.
+    if (!eventually([&] { return contentOf(output).find(m_address) != std::string::npos; }))
+    {
+        std::fprintf(stderr, "dbus-daemon does not listen on %s; it says:\n%s", m_address.c_str(),
+                     contentOf(output).c_str());
+        std::abort();
+    }
 }
 
 } // namespace orvo::test

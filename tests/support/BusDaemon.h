@@ -38,8 +38,12 @@ public:
     /// has a bus, because Qt never connects again.
     void crash();
 
+    /// Starts a new daemon at the same address after a crash, for clients that connect again.
+    void restart();
+
 private:
     BusDaemon();
+    void start();
 
     QTemporaryDir m_folder;
     std::string m_address;

@@ -4,6 +4,7 @@
 #include "service/PingAnswer.h"
 
 #include <QDBusConnection>
+#include <QDBusError>
 #include <QDBusMessage>
 #include <QTimer>
 
@@ -38,10 +39,17 @@ QString PingResponder::introspect(const QString& path) const
 
 bool PingResponder::handleMessage(const QDBusMessage& message, const QDBusConnection& connection)
 {
-    const bool ours = message.interface().isEmpty() || message.interface() == m_identity.busName;
-    if (!ours || message.member() != QLatin1String("doPing"))
+    if (!message.interface().isEmpty() && message.interface() != m_identity.busName)
     {
         return false;
+    }
+    if (message.member() != QLatin1String("doPing"))
+    {
+        // Qt would deny the whole object.
+        connection.send(message.createErrorReply(
+            QDBusError::UnknownMethod,
+            QStringLiteral("%1 has only doPing here").arg(m_identity.busName)));
+        return true;
     }
     const Order order = m_orders.next();
     m_journal.note(m_identity.shortName + " " + order.word);

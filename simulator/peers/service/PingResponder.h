@@ -14,7 +14,7 @@ struct PingAnswer;
 /// The bus object of a simulated service: answers `doPing` as its order file says.
 ///
 /// Threads: event loop only; a delayed or missing reply never keeps it from the next ping.
-/// Errors:  any other method is answered with the bus' UnknownMethod.
+/// Errors:  any other method of the interface is answered with the bus' error UnknownMethod.
 /// On the device: notes every ping in the ping journal before it answers, so that a ping that ends
 ///          in a crash or in silence is seen too.
 class PingResponder : public QDBusVirtualObject
