@@ -25,3 +25,35 @@ function(wardex_add_test name)
     endif()
     gtest_discover_tests(${name} TEST_PREFIX "${name}/" PROPERTIES ${properties} DISCOVERY_TIMEOUT 30)
 endfunction()
+
+# wardex_add_pytest(NAME LABEL unit|component|system FOLDER dir [TIMEOUT s])
+#
+# The test_*.py of a folder; each of their claims becomes a test of its own in ctest, and a claim
+# that pytest skips is Skipped there too. They import the simulator's package, and find the built
+# programs in the folder that WARDEX_BIN names.
+function(wardex_add_pytest name)
+    cmake_parse_arguments(ARG "" "LABEL;FOLDER;TIMEOUT" "" ${ARGN})
+    if(NOT ARG_TIMEOUT)
+        set(ARG_TIMEOUT 60)
+    endif()
+    file(GLOB files CONFIGURE_DEPENDS ${ARG_FOLDER}/*.py)
+    file(GLOB simulator CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/simulator/wardex_desk/*.py)
+    set(python /usr/bin/python3)
+    set(claims ${PROJECT_SOURCE_DIR}/tests/support/pytest_claims.py)
+    set(collected ${CMAKE_CURRENT_BINARY_DIR}/${name}_claims.cmake)
+    set(path PYTHONPATH=${PROJECT_SOURCE_DIR}/simulator PYTHONDONTWRITEBYTECODE=1)
+    add_custom_command(OUTPUT ${collected}
+        COMMAND ${CMAKE_COMMAND} -E env ${path} ${python} ${claims} collect
+            ${name} ${collected} ${ARG_LABEL} ${ARG_TIMEOUT} ${ARG_FOLDER}
+        DEPENDS ${files} ${simulator} ${claims}
+        COMMENT "Collecting the claims of ${name}")
+    add_custom_target(${name} ALL DEPENDS ${collected})
+
+    set(environment ${path} WARDEX_BIN=${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
+    set(included ${CMAKE_CURRENT_BINARY_DIR}/${name}_include.cmake)
+    file(WRITE ${included}
+        "set(${name}_ENVIRONMENT [==[${environment}]==])\n"
+        "if(EXISTS \"${collected}\")\n  include(\"${collected}\")\n"
+        "else()\n  add_test(${name}_NOT_BUILT ${name}_NOT_BUILT)\nendif()\n")
+    set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES ${included})
+endfunction()

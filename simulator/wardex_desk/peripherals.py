@@ -92,18 +92,20 @@ class Server:
             self.start()
 
     def freeze(self) -> None:
-        """Keeps the server from answering; its socket stays."""
-        self._signal(signal.SIGSTOP)
+        """Keeps the server from answering, from now on; its socket stays."""
+        process = self._signal(signal.SIGSTOP)
+        os.waitid(os.P_PID, process.pid, os.WSTOPPED | os.WEXITED | os.WNOWAIT)
 
     def resume(self) -> None:
         """Lets a frozen server go on."""
         self._signal(signal.SIGCONT)
 
-    def _signal(self, number: int) -> None:
+    def _signal(self, number: int) -> "subprocess.Popen[bytes]":
         with self._lock:
             if self._process is None or self._process.poll() is not None:
                 raise PeripheralError(f"{self.name} is not running")
             self._process.send_signal(number)
+            return self._process
 
     def _ended(self) -> bool:
         return self._process is None or self._process.poll() is not None

@@ -20,8 +20,9 @@ def entering(boot_program: int, words: Sequence[str]) -> list[str]:
         return inside
     options = [*NAMESPACES]
     if not _same(boot_program, "user"):
-        options += ["-U", "--preserve-credentials"]
-    return ["nsenter", "-t", str(boot_program), *options, "--wd=/proc/self/cwd", "--", *inside]
+        # The box's root is the user who owns it; only a stranger's number has no meaning inside.
+        options += ["-U"] + (["--preserve-credentials"] if _owned(boot_program) else [])
+    return ["nsenter", "-t", str(boot_program), *options, "--wdns=/root", "--", *inside]
 
 
 def open_shell(instance: Instance, words: Sequence[str], on_terminal: bool) -> int:
@@ -38,6 +39,10 @@ def open_shell(instance: Instance, words: Sequence[str], on_terminal: bool) -> i
         inside = ["sh"]
     command = entering(control.boot_program(instance), inside)
     return subprocess.run(command).returncode
+
+
+def _owned(process: int) -> bool:
+    return os.stat(f"/proc/{process}").st_uid == os.getuid()
 
 
 def _same(process: int, kind: str) -> bool:

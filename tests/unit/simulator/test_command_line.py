@@ -1,0 +1,93 @@
+"""The words of ./run but for those after do."""
+
+import pytest
+
+from wardex_desk import cli, command_line
+from wardex_desk.command_line import Request, parse
+from wardex_desk.deeds import WrongWords
+
+
+def test_no_words_put_a_camera_on_the_desk():
+    assert parse([]) == Request(command="run", name="camera", family="ZK4XX", preset="dev")
+
+
+def test_options_may_stand_before_and_behind_the_words():
+    before = parse(["--name", "left", "do", "pictor", "hang"])
+    behind = parse(["do", "pictor", "hang", "--name=left"])
+    assert before == behind
+    assert (before.command, before.words, before.name) == ("do", ["pictor", "hang"], "left")
+
+
+def test_words_of_the_shell_are_not_looked_at():
+    request = parse(["--name", "left", "sh", "ls", "--help", "-f"])
+    assert (request.command, request.words, request.name) == ("sh", ["ls", "--help", "-f"], "left")
+
+
+def test_every_option_is_kept():
+    request = parse(
+        "--family ZM7xx --developer --watchdog 500 --preset asan-ubsan --wardex /w --home /h".split()
+    )
+    assert (request.family, request.developer, request.watchdog_ms) == ("ZM7xx", True, 500)
+    assert (request.preset, str(request.wardex), str(request.home)) == ("asan-ubsan", "/w", "/h")
+
+
+@pytest.mark.parametrize("words", [["logs", "-f"], ["-f", "logs"], ["logs", "--follow"]])
+def test_logs_can_be_followed(words):
+    assert parse(words).command == "logs"
+    assert parse(words).follow
+
+
+def test_scenario_has_a_name():
+    request = parse(["--scenario", "hang"])
+    assert (request.command, request.scenario) == ("scenario", "hang")
+
+
+@pytest.mark.parametrize(
+    "words, complaint",
+    [
+        ("boot", "'boot' is not known: say do, sh, logs or an option, see ./run --help"),
+        ("logs pictor", "'pictor' is one word too many after 'logs'"),
+        ("--nme x", "'--nme' is not known: the options are --scenario, --list, --name, --family,"),
+        ("--name", "after '--name' comes a name"),
+        ("--scenario", "after '--scenario' comes a name"),
+        ("--list=x", "'--list' takes no value"),
+        ("--family ZX", "no family is called 'ZX': say one of ZK4XX, ZM7xx, ZQ9XX, none"),
+        ("--preset fast", "no preset is called 'fast': say one of dev, asan-ubsan, tsan, "),
+        ("--watchdog 0", "--watchdog 0: a number of milliseconds above 0 is needed"),
+        ("--watchdog 1s", "--watchdog 1s: a number of milliseconds above 0 is needed"),
+    ],
+)
+def test_wrong_words_are_answered_with_the_right_ones(words, complaint):
+    with pytest.raises(WrongWords) as caught:
+        parse(words.split())
+    assert str(caught.value).startswith(complaint)
+
+
+def test_help_has_one_line_for_every_option_and_subject():
+    lines = command_line.help_text().splitlines()[2:]
+    assert len(lines) == len(command_line.HELP)
+    text = "\n".join(lines)
+    for word in ("--scenario", "--list", "--name", "--family", "--developer", "--watchdog"):
+        assert word in text
+    for word in ("--preset", "--wardex", "--home", "--help", " sh", " logs [-f]"):
+        assert word in text
+    for word in ("pictor", "redis", "bus", "supervisor", "developer", "eeprom", "script", "reboot"):
+        assert f"do {word}" in text or word in text
+
+
+def test_wrong_word_ends_with_status_two(capsys):
+    assert cli.main(["do", "pictor", "hand"]) == 2
+    caught = capsys.readouterr()
+    assert caught.out == ""
+    assert caught.err.startswith("run: 'hand' is not known after 'pictor': say one of up,")
+
+
+def test_deed_without_a_device_ends_with_status_one(capsys, tmp_path):
+    assert cli.main(["--home", str(tmp_path), "do", "pictor", "hang"]) == 1
+    assert capsys.readouterr().err == ("run: no device 'camera' is running (start it with ./run)\n")
+    assert list(tmp_path.iterdir()) == []
+
+
+def test_help_ends_with_status_zero(capsys):
+    assert cli.main(["--help"]) == 0
+    assert capsys.readouterr().out == command_line.help_text() + "\n"
