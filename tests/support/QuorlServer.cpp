@@ -1,12 +1,9 @@
 #include "QuorlServer.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 namespace orvo::test
@@ -14,15 +11,6 @@ namespace orvo::test
 
 namespace
 {
-
-void require(bool condition, const char* what)
-{
-    if (!condition)
-    {
-        std::perror(what);
-        std::abort();
-    }
-}
 
 /// Exactly so many bytes, fewer when the client closes.
 std::string readFrom(int connection, std::size_t size)
@@ -56,27 +44,17 @@ std::string readRequest(int connection, std::size_t leftOut)
 
 } // namespace
 
-QuorlServer::QuorlServer() : m_socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))
+QuorlServer::QuorlServer()
 {
     answersConfig("0.0.0.0", 7);
-    require(m_socket != -1, "quorl server: socket");
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::memcpy(address.sun_path, QuorlWire::kSocketPath, sizeof(QuorlWire::kSocketPath));
-    ::unlink(QuorlWire::kSocketPath);
-    require(::bind(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0,
-            "quorl server: bind");
-    require(::listen(m_socket, SOMAXCONN) == 0, "quorl server: listen");
     m_thread = std::thread([this] { serve(); });
 }
 
 QuorlServer::~QuorlServer()
 {
     release();
-    ::shutdown(m_socket, SHUT_RDWR);
+    ::shutdown(m_listener.descriptor(), SHUT_RDWR);
     m_thread.join();
-    ::close(m_socket);
-    ::unlink(QuorlWire::kSocketPath);
 }
 
 void QuorlServer::answers(const std::string& bytes)
@@ -142,7 +120,7 @@ void QuorlServer::serve()
 {
     for (;;)
     {
-        const int connection = ::accept(m_socket, nullptr, nullptr);
+        const int connection = ::accept(m_listener.descriptor(), nullptr, nullptr);
         if (connection == -1)
         {
             return;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "UnixListener.h"
+
 #include "quorl/QuorlWire.h"
 
 #include <condition_variable>
@@ -19,7 +21,7 @@ namespace orvo::test
 /// programs that run in a box, for the socket's path is fixed.
 ///
 /// Threads: the operations may be called from any thread; an answer holds from the next request on.
-/// Errors:  a socket that cannot be made ends the program with a message.
+/// Errors:  see UnixListener.
 class QuorlServer
 {
 public:
@@ -63,13 +65,15 @@ private:
     void serve();
     void handle(int connection);
 
+    static constexpr int kBacklog = 64;
+
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;
     std::string m_answer;
     std::vector<std::string> m_requests;
     Manner m_manner{Manner::kAnswers};
     int m_hungUp{0};
-    int m_socket{-1};
+    UnixListener m_listener{QuorlWire::kSocketPath, kBacklog};
     std::thread m_thread;
 };
 

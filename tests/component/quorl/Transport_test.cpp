@@ -1,8 +1,8 @@
 #include "Transport.h"
 
 #include "Eventually.h"
+#include "LibraryFaults.h"
 #include "QuorlServer.h"
-#include "SocketFaults.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -53,7 +53,7 @@ std::string complaint(std::size_t replySize = 4)
 class QuorlTransport : public testing::Test
 {
 protected:
-    void TearDown() override { test::socketFaults() = test::SocketFaults(); }
+    void TearDown() override { test::libraryFaults() = test::LibraryFaults(); }
 };
 
 TEST_F(QuorlTransport, SendsLengthCommandAndPayloadAndReturnsTheReply)
@@ -122,7 +122,7 @@ TEST_F(QuorlTransport, TellsThatTheServiceHungUpBeforeTheRequestAndLivesOn)
     ASSERT_NE(SIG_ERR, std::signal(SIGPIPE, SIG_DFL));
     test::QuorlServer server;
     server.hangsUpAtOnce();
-    test::socketFaults().afterConnect = [&server]
+    test::libraryFaults().afterConnect = [&server]
     {
         EXPECT_TRUE(test::eventually([&server] { return server.hungUp() == 1; }));
     };
@@ -158,18 +158,18 @@ TEST_F(QuorlTransport, GoesOnUntilAllBytesAreWrittenAndRead)
 {
     test::QuorlServer server;
     server.answers("okay");
-    test::socketFaults().bytesPerCall = 1;
+    test::libraryFaults().bytesPerCall = 1;
     EXPECT_EQ("okay", ask(4));
     EXPECT_THAT(server.requests(), ElementsAre(std::string("\x0a\x00\x34\x12", 4) + kPayload));
-    EXPECT_EQ(4 + 10 + 4, test::socketFaults().calls);
+    EXPECT_EQ(4 + 10 + 4, test::libraryFaults().calls);
 }
 
 TEST_F(QuorlTransport, TakesUpAWriteOrReadThatASignalInterrupted)
 {
     test::QuorlServer server;
     server.answers("okay");
-    test::socketFaults().bytesPerCall = 3;
-    test::socketFaults().interruptions = true;
+    test::libraryFaults().bytesPerCall = 3;
+    test::libraryFaults().interruptions = true;
     EXPECT_EQ("okay", ask(4));
     EXPECT_THAT(server.requests(), ElementsAre(std::string("\x0a\x00\x34\x12", 4) + kPayload));
 }

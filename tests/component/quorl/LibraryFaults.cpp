@@ -1,7 +1,8 @@
-#include "SocketFaults.h"
+#include "LibraryFaults.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 
 #include <dlfcn.h>
 #include <sys/socket.h>
@@ -9,9 +10,9 @@
 namespace orvo::test
 {
 
-SocketFaults& socketFaults()
+LibraryFaults& libraryFaults()
 {
-    static SocketFaults faults;
+    static LibraryFaults faults;
     return faults;
 }
 
@@ -20,7 +21,7 @@ namespace
 
 bool isInterrupted()
 {
-    SocketFaults& faults = socketFaults();
+    LibraryFaults& faults = libraryFaults();
     if (faults.bytesPerCall == 0 && !faults.interruptions)
     {
         return false;
@@ -36,7 +37,7 @@ bool isInterrupted()
 
 std::size_t limited(std::size_t size)
 {
-    const std::size_t limit = socketFaults().bytesPerCall;
+    const std::size_t limit = libraryFaults().bytesPerCall;
     return limit == 0 ? size : std::min(size, limit);
 }
 
@@ -49,7 +50,7 @@ extern "C" int connect(int socket, const sockaddr* address, socklen_t length)
     using Connect = int (*)(int, const sockaddr*, socklen_t);
     static const auto original = reinterpret_cast<Connect>(dlsym(RTLD_NEXT, "connect"));
     const int result = original(socket, address, length);
-    const auto& afterConnect = orvo::test::socketFaults().afterConnect;
+    const auto& afterConnect = orvo::test::libraryFaults().afterConnect;
     if (result == 0 && afterConnect)
     {
         afterConnect();
@@ -69,4 +70,16 @@ extern "C" ssize_t recv(int socket, void* data, size_t size, int flags)
     return orvo::test::isInterrupted()
                ? -1
                : recvfrom(socket, data, orvo::test::limited(size), flags, nullptr, nullptr);
+}
+
+extern "C" char* strndup(const char* text, size_t size) noexcept
+{
+    using Strndup = char* (*)(const char*, size_t);
+    static const auto original = reinterpret_cast<Strndup>(dlsym(RTLD_NEXT, "strndup"));
+    if (orvo::test::libraryFaults().noMemoryForTexts)
+    {
+        errno = ENOMEM;
+        return nullptr;
+    }
+    return original(text, size);
 }

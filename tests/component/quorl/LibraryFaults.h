@@ -6,11 +6,11 @@
 namespace orvo::test
 {
 
-/// What the socket calls of this program do beside their work: the program's own connect(), send()
-/// and recv() stand before those of the C library, as a busy device would make them behave.
+/// What calls of the C library do in this program as they would on a busy device: the program's own
+/// connect(), send(), recv() and strndup() stand before the library's.
 ///
-/// Threads: set while no other thread uses a socket.
-struct SocketFaults
+/// Threads: set while no other thread makes such a call.
+struct LibraryFaults
 {
     /// Called after each connect() that succeeded.
     std::function<void()> afterConnect;
@@ -21,11 +21,14 @@ struct SocketFaults
     /// Every other send() and recv() is interrupted by a signal before it does anything.
     bool interruptions{false};
 
+    /// strndup() finds no memory.
+    bool noMemoryForTexts{false};
+
     /// send() and recv() calls so far under one of the two faults above.
     int calls{0};
 };
 
 /// The one set of faults in force.
-SocketFaults& socketFaults();
+LibraryFaults& libraryFaults();
 
 } // namespace orvo::test
