@@ -9,8 +9,9 @@
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
+#include <QMap>
 #include <QThread>
-#include <QTimer>
+#include <QTimerEvent>
 
 #include <mutex>
 
@@ -76,16 +77,30 @@ public:
                 m_orders.errorName.isEmpty()
                     ? message.createReply(m_orders.values)
                     : message.createErrorReply(m_orders.errorName, QStringLiteral("as ordered"));
-            QTimer::singleShot(m_orders.delayMs, this,
-                               [answer, connection] { connection.send(answer); });
+            m_waiting.insert(startTimer(m_orders.delayMs), {answer, connection});
         }
         return true;
     }
 
+protected:
+    void timerEvent(QTimerEvent* event) override
+    {
+        killTimer(event->timerId());
+        const Waiting waiting = m_waiting.take(event->timerId());
+        waiting.connection.send(waiting.answer);
+    }
+
 private:
+    struct Waiting
+    {
+        QDBusMessage answer;
+        QDBusConnection connection{QString()};
+    };
+
     mutable std::mutex m_mutex;
     Orders m_orders;
     int m_pings{0};
+    QMap<int, Waiting> m_waiting;
 };
 
 /// The service's own way to the bus and the thread in which its object lives.
