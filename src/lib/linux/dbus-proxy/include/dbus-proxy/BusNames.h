@@ -10,7 +10,7 @@ inline constexpr char kBusObjectPath[] = "/";
 
 /// The supervisor itself.
 inline constexpr char kWardexBusName[] = "com.orvo.wardex";
-/// The device's main program, corvane.
+/// corvane.
 inline constexpr char kVistorBusName[] = "com.orvo.vistor";
 /// The image processing, pictor.
 inline constexpr char kPictorBusName[] = "com.orvo.pictor";

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "dbus-proxy/ProxyPtr.h"
+
+#include "ServiceInfo.h"
+
+class WirlProxy;
+
+namespace orvo
+{
+
+/// Pings wirl, the IO and diagnostic controller.
+///
+/// Units:   a ping that is not answered within 1000 ms has failed.
+/// Owns:    the proxy, see ProxyPtr.
+/// Threads: event loop only; a ping blocks it for the time-out at most.
+class WIRLService final : public ServiceInfo::Service
+{
+public:
+    WIRLService(const QString& shortName, const QString& initScript);
+    ~WIRLService();
+
+    /// True when the answer is a status, whatever its code, with or without a run level. Of an
+    /// answer of two values the second is the run level; otherwise runLevel stays as it was.
+    bool isAlive(QString& runLevel) override;
+
+private:
+    ProxyPtr<WirlProxy> m_proxy;
+};
+
+} // namespace orvo

@@ -1,0 +1,26 @@
+#include "dbus-proxy/CorvaneService.h"
+
+#include "PingLimits.h"
+
+#include "dbus-proxy/BusNames.h"
+#include "dbus-proxy/CorvaneProxy.h"
+
+namespace orvo
+{
+
+CorvaneService::CorvaneService(const QString& shortName, const QString& initScript)
+    : Service(shortName, kCorvanePingTimeoutMs, initScript),
+      m_proxy(new CorvaneProxy(QLatin1String(kVistorBusName), QLatin1String(kBusObjectPath),
+                               QDBusConnection::systemBus()))
+{
+    m_proxy->setTimeout(kCorvanePingTimeoutMs);
+}
+
+CorvaneService::~CorvaneService() = default;
+
+bool CorvaneService::isAlive(QString& runLevel)
+{
+    return m_proxy->doPing(runLevel).isValid();
+}
+
+} // namespace orvo

@@ -1,0 +1,26 @@
+#include "dbus-proxy/PictorService.h"
+
+#include "PingLimits.h"
+
+#include "dbus-proxy/BusNames.h"
+#include "dbus-proxy/PictorProxy.h"
+
+namespace orvo
+{
+
+PictorService::PictorService(const QString& shortName, const QString& initScript)
+    : Service(shortName, kPictorPingTimeoutMs, initScript),
+      m_proxy(new PictorProxy(QLatin1String(kPictorBusName), QLatin1String(kBusObjectPath),
+                              QDBusConnection::systemBus()))
+{
+    m_proxy->setTimeout(kPictorPingTimeoutMs);
+}
+
+PictorService::~PictorService() = default;
+
+bool PictorService::isAlive(QString& runLevel)
+{
+    return m_proxy->doPing(runLevel).isValid();
+}
+
+} // namespace orvo

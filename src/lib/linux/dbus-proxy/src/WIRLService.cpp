@@ -1,0 +1,26 @@
+#include "dbus-proxy/WIRLService.h"
+
+#include "PingLimits.h"
+
+#include "dbus-proxy/BusNames.h"
+#include "dbus-proxy/WirlProxy.h"
+
+namespace orvo
+{
+
+WIRLService::WIRLService(const QString& shortName, const QString& initScript)
+    : Service(shortName, kWirlPingTimeoutMs, initScript),
+      m_proxy(new WirlProxy(QLatin1String(kWirlBusName), QLatin1String(kBusObjectPath),
+                            QDBusConnection::systemBus()))
+{
+    m_proxy->setTimeout(kWirlPingTimeoutMs);
+}
+
+WIRLService::~WIRLService() = default;
+
+bool WIRLService::isAlive(QString& runLevel)
+{
+    return m_proxy->doPing(runLevel).isValid();
+}
+
+} // namespace orvo
