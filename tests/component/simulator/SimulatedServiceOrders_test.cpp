@@ -15,7 +15,6 @@ namespace orvo::test
 {
 
 using testing::ElementsAre;
-using testing::StartsWith;
 
 namespace
 {
