@@ -1,5 +1,7 @@
 #include "ScriptJournal.h"
 
+#include "Box.h"
+
 #include <filesystem>
 #include <fstream>
 
@@ -8,13 +10,24 @@ namespace orvo::test
 
 ScriptJournal::ScriptJournal() : m_path("/box/journal")
 {
+    requireBox();
     std::ofstream(m_path, std::ios::trunc).flush();
 }
 
-void ScriptJournal::install(const std::string& path, int exitStatus, const std::string& body) const
+ScriptJournal::~ScriptJournal()
+{
+    for (const std::string& script : m_scripts)
+    {
+        std::error_code isGoneAlready;
+        std::filesystem::remove(script, isGoneAlready);
+    }
+}
+
+void ScriptJournal::install(const std::string& path, int exitStatus, const std::string& body)
 {
     namespace fs = std::filesystem;
     fs::create_directories(fs::path(path).parent_path());
+    m_scripts.push_back(path);
     std::ofstream script(path, std::ios::trunc);
     script << "#!/bin/sh\n"
            << "note() { echo \"$*\" >>" << m_path << "; }\n"

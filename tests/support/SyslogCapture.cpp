@@ -1,5 +1,7 @@
 #include "SyslogCapture.h"
 
+#include "Box.h"
+
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -36,6 +38,7 @@ SyslogCapture::Message parse(const std::string& datagram)
 
 SyslogCapture::SyslogCapture() : m_socket(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0))
 {
+    requireBox();
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     std::snprintf(address.sun_path, sizeof address.sun_path, "%s", kSocketPath);

@@ -1,5 +1,7 @@
 #include "DeveloperMode.h"
 
+#include "Box.h"
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -19,6 +21,7 @@ constexpr const char kPersistentMarker[] = "/etc/sysdata/mirrorfin_develop";
 class DeveloperMode : public testing::Test
 {
 protected:
+    void SetUp() override { test::requireBox(); }
     void TearDown() override
     {
         std::filesystem::remove(kMarker);
