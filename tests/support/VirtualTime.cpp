@@ -53,6 +53,12 @@ VirtualTime::~VirtualTime()
     close(m_wakeUpEvent);
 }
 
+void VirtualTime::install()
+{
+    QCoreApplication::setEventDispatcher(new VirtualTime);
+    // The application object takes it.
+} // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
+
 VirtualTime& VirtualTime::instance()
 {
     auto* const time = dynamic_cast<VirtualTime*>(QAbstractEventDispatcher::instance());

@@ -20,15 +20,16 @@ namespace orvo::test
 /// Shape:   one pass = posted events, then ready sockets, then each timer that is due, once, in the
 ///          order of due time, then of (re)starting. A 0 ms timer is due in every pass.
 /// Units:   virtual ms since the dispatcher was made.
-/// Owns:    nothing. Install it with QCoreApplication::setEventDispatcher() before the application
-///          object, which owns it from then on.
+/// Owns:    its wake-up descriptor; belongs to the application object itself.
 /// Threads: the main thread; wakeUp() from any.
 /// Errors:  a repeating timer that was held up fires once, late, and keeps its new phase, as in Qt.
 class VirtualTime final : public QAbstractEventDispatcher
 {
 public:
-    /// Also stops the program's wall clock (VirtualClock) at kPowerOn.
-    VirtualTime();
+    /// To be called once, before the application object is made. Also stops the program's wall
+    /// clock (VirtualClock) at kPowerOn.
+    static void install();
+
     ~VirtualTime() override;
     VirtualTime(const VirtualTime&) = delete;
     VirtualTime& operator=(const VirtualTime&) = delete;
@@ -82,6 +83,8 @@ public:
 
 private:
     static constexpr int kPollMs = 2;
+
+    VirtualTime();
 
     struct Timer
     {

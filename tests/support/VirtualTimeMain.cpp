@@ -8,7 +8,7 @@
 int main(int argc, char** argv)
 {
     testing::InitGoogleTest(&argc, argv);
-    QCoreApplication::setEventDispatcher(new orvo::test::VirtualTime);
+    orvo::test::VirtualTime::install();
     const QCoreApplication application(argc, argv);
     return RUN_ALL_TESTS();
 }
