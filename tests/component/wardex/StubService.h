@@ -2,6 +2,7 @@
 
 #include "ServiceInfo.h"
 
+#include <functional>
 #include <string>
 
 namespace orvo::test
@@ -17,6 +18,15 @@ public:
         QString runLevel{QStringLiteral("up")};
         int pings{0};
         int destroyed{0};
+        /// Done inside each ping, before the answer.
+        std::function<void()> onPing;
+
+        void answer(const QString& level)
+        {
+            isAlive = true;
+            runLevel = level;
+        }
+        void fail() { isAlive = false; }
     };
 
     StubService(const QString& name, int pingTimeoutMs, const QString& initScript, Answers* answers)
@@ -36,6 +46,10 @@ public:
     bool isAlive(QString& runLevel) override
     {
         ++m_answers->pings;
+        if (m_answers->onPing)
+        {
+            m_answers->onPing();
+        }
         if (m_answers->isAlive)
         {
             runLevel = m_answers->runLevel;
