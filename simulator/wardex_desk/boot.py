@@ -42,6 +42,9 @@ from wardex_desk.places import (
 )
 from wardex_desk.redis_client import RedisClient, RedisError
 
+# From the reboot command to the end. As on a real device everything goes on meanwhile, so that a
+# supervisor that still feeds the watchdog is found out.
+SHUTDOWN_S = 1.5
 PERMANENT_CONFIGURATION = "LOG:PERM:CFG"
 SIGNALS = {"kill": signal.SIGKILL, "stop": signal.SIGSTOP, "continue": signal.SIGCONT}
 
@@ -74,7 +77,7 @@ class Boot:
     def run(self) -> int:
         """Boots and answers the status to end with, when that time has come."""
         Path(f"{DESK_STATE}/init.pid").write_text(f"{os.getpid()}\n", encoding="ascii")
-        signal.signal(signal.SIGUSR1, lambda *_: self._endings.put(ENDED_REBOOT))
+        signal.signal(signal.SIGUSR1, lambda *_: self._go_down())
         signal.signal(signal.SIGTERM, lambda *_: self._endings.put(ENDED_POWER_OFF))
         _thread(Syslog().capture)
         for server in self._servers.values():
@@ -92,6 +95,9 @@ class Boot:
             self.start_supervisor()
         Path(UP_MARK).touch()
         return self._endings.get()
+
+    def _go_down(self) -> None:
+        threading.Timer(SHUTDOWN_S, self._endings.put, (ENDED_REBOOT,)).start()
 
     def start_supervisor(self) -> None:
         """Starts the daemon under the hardware watchdog."""

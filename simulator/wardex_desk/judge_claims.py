@@ -13,6 +13,7 @@ from wardex_desk import judge_texts as texts
 from wardex_desk.events import Record, Unreadable
 from wardex_desk.judge import Verdict
 from wardex_desk.judge_evidence import SYSTEM, Call, Life
+from wardex_desk.sources_parse import SCRIPT_STAMP_STEP_S
 
 EARLY = 0.95
 LATE_S = 1.05
@@ -158,13 +159,20 @@ def patience(
 
 
 def in_order(verdict: Verdict, life: Life, *marks: str) -> bool:
-    """Records and calls come in this order, the first of each that follows the one before."""
+    """Records and calls come in this order, the first of each that can follow the one before."""
     facts = sorted(
-        [(record.at, record.text) for record in life.records]
-        + [(call.begin, call.words) for call in life.calls]
+        [(record.at, record.at, record.text) for record in life.records]
+        # The scripts' journal is not finer than this.
+        + [(call.begin, call.begin - SCRIPT_STAMP_STEP_S, call.words) for call in life.calls]
     )
-    words = iter(word for _, word in facts)
-    missing = [mark for mark in marks if mark not in words]
+    missing: list[str] = []
+    now = 0.0
+    for mark in marks:
+        fact = next((fact for fact in facts if fact[2] == mark and fact[0] >= now), None)
+        if fact is None:
+            missing.append(mark)
+        else:
+            now = max(now, fact[1])
     return verdict.claim(
         "one after the other",
         not missing,

@@ -63,6 +63,10 @@ class Life:
         """Why the device booted, empty when no journal says so."""
         return next((event.reason for event in self.events if isinstance(event, Boot)), "")
 
+    def until(self, moment: float) -> Life:
+        """The same life up to a moment, for a story that goes on faster than its driver."""
+        return Life([event for event in self.events if event.at <= moment], self.power_on)
+
     def clock(self, at: float) -> str:
         """A moment as the story shows it."""
         return f"{at - self.power_on:8.2f} s"
@@ -167,17 +171,6 @@ class Life:
         if running is not None:
             calls.append(Call(running.call, running.at, None, None))
         return [call for call in calls if call.begin >= awake]
-
-    def inner_calls(self, outer: Call) -> list[str]:
-        """What a script called in its turn."""
-        end = outer.end if outer.end is not None else float("inf")
-        return [
-            event.call
-            for event in self.events
-            if isinstance(event, ScriptBegan)
-            and outer.begin <= event.at <= end
-            and event.call != outer.words
-        ]
 
 
 def _is_refused_duty(record: Record) -> bool:

@@ -4,6 +4,7 @@
 
 plays one with the programs in BIN as they are, in an instance folder below FOLDER; exit status 0
 when the device did what the story says, 1 when not, 77 when this machine has no box for it.
+With --names it only lists the scenarios' names.
 """
 
 from __future__ import annotations
@@ -19,6 +20,7 @@ from wardex_desk.control import ControlError
 from wardex_desk.controls import NotSeen
 from wardex_desk.desk import Desk
 from wardex_desk.device import Device, DeviceError
+from wardex_desk.instance import InstanceError
 from wardex_desk.judge import Verdict
 from wardex_desk.judge_evidence import lives
 from wardex_desk.scenarios_identity import SCENARIOS as IDENTITY
@@ -105,13 +107,26 @@ def report(scenario: Scenario, verdict: Verdict, device: Device, printer: Printe
 
 def main(arguments: Sequence[str]) -> int:
     """For a test driver: nothing is built, and every scenario has a device of its own."""
+    if list(arguments) == ["--names"]:
+        print("\n".join(SCENARIOS))
+        return 0
     name, programs, folder = arguments
     built = Programs(Path(programs), Path(programs) / "wardex")
     try:
+        built.check()
+    except BoxError as error:
+        return _complain(str(error), FAILED)
+    try:
         return play(name, Desk(built, name, Path(folder)), sys.stdout)
     except BoxError as error:
-        print(f"cannot be shown here: {error}", file=sys.stderr)
-        return CANNOT_BE_SHOWN
+        return _complain(f"cannot be shown here: {error}", CANNOT_BE_SHOWN)
+    except InstanceError as error:
+        return _complain(str(error), FAILED)
+
+
+def _complain(text: str, status: int) -> int:
+    print(text, file=sys.stderr)
+    return status
 
 
 if __name__ == "__main__":

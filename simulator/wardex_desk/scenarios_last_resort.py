@@ -93,6 +93,12 @@ def judge_dead(verdict: Verdict, lives: Sequence[Life]) -> None:
     reboot = next((call.begin for call in life.calls if call.words == "reboot"), None)
     watchdog.not_fed_after(verdict, life, reboot, "the reboot command")
     if len(lives) > 1:
+        down = lives[1].events[0].at - reboot if reboot is not None else 0.0
+        verdict.claim(
+            "the device takes longer to go down than a feed would take to come",
+            down > watchdog.TICK_S,
+            [f"it took {down:.2f} s"],
+        )
         claim.starts(verdict, lives[1])
 
 

@@ -10,7 +10,6 @@ from collections.abc import Callable
 
 from wardex_desk.controls import Controls, NotSeen
 from wardex_desk.events import (
-    Availability,
     Boot,
     Event,
     Feed,
@@ -118,11 +117,6 @@ def leaves_the_bus(service: str) -> Sign:
 def feeds() -> Sign:
     """The watchdog is fed."""
     return lambda event: isinstance(event, Feed)
-
-
-def announces() -> Sign:
-    """The supervisor announces who is up."""
-    return lambda event: isinstance(event, Availability)
 
 
 def resets() -> Sign:

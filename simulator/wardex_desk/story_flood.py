@@ -30,9 +30,11 @@ class Flood:
 
     def __init__(self) -> None:
         self._kinds: dict[tuple[str, str], _Repetition] = {}
+        self._latest = 0.0
 
     def admit(self, at: float, actor: str, text: str, tone: str) -> list[Words]:
         """The lines to tell now: sums of seconds that are over, then this one unless swallowed."""
+        self._latest = at
         lines = self._expire(at)
         kind = self._kinds.setdefault((actor, text), _Repetition(at, tone))
         kind.count += 1
@@ -45,7 +47,7 @@ class Flood:
     def drain(self) -> list[Words]:
         """The sums of what is still counted."""
         lines = [
-            self._sum(kind.since, actor, text, kind)
+            self._sum(self._latest, actor, text, kind)
             for (actor, text), kind in self._kinds.items()
             if kind.swallowed
         ]
