@@ -1,0 +1,48 @@
+#include "LogDevice.h"
+
+#include "Eventually.h"
+
+#include <algorithm>
+
+namespace orvo::Logger
+{
+
+namespace
+{
+
+bool isAnnouncement(const std::string& message)
+{
+    return message.rfind("Applying new log configuration: ", 0) == 0;
+}
+
+} // namespace
+
+void LogDevice::configure(const std::string& text)
+{
+    const std::size_t before = announcements().size();
+    m_client.publishToListeners(kConfigChannel, text);
+    ASSERT_TRUE(test::eventually([&] { return announcements().size() > before; })) << text;
+}
+
+void LogDevice::enableAllLevels()
+{
+    configure(R"({"source":"all","mask":255})");
+}
+
+std::vector<std::string> LogDevice::messages() const
+{
+    std::vector<std::string> texts = m_records.messages();
+    texts.erase(std::remove_if(texts.begin(), texts.end(), isAnnouncement), texts.end());
+    return texts;
+}
+
+std::vector<std::string> LogDevice::announcements() const
+{
+    std::vector<std::string> texts = m_records.messages();
+    texts.erase(std::remove_if(texts.begin(), texts.end(),
+                               [](const std::string& text) { return !isAnnouncement(text); }),
+                texts.end());
+    return texts;
+}
+
+} // namespace orvo::Logger

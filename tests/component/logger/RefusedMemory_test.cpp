@@ -1,0 +1,129 @@
+#include "LogDevice.h"
+#include "StreamCapture.h"
+
+#include <hiredis/hiredis.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdarg>
+#include <cstring>
+#include <string>
+#include <unistd.h>
+
+// A device without memory: this program's own versions of two hiredis functions refuse on demand,
+// as the library's do when an allocation fails.
+
+namespace
+{
+
+/// Prefix of the command that is refused; empty refuses none.
+std::string& refusedCommand()
+{
+    static std::string command;
+    return command;
+}
+
+bool& refusesConnections()
+{
+    static bool refuses = false;
+    return refuses;
+}
+
+} // namespace
+
+extern "C" int redisAppendCommand(redisContext* context, const char* format, ...)
+{
+    if (!refusedCommand().empty() && std::string(format).rfind(refusedCommand(), 0) == 0)
+    {
+        context->err = REDIS_ERR_OOM;
+        std::strcpy(context->errstr, "Out of memory");
+        return REDIS_ERR;
+    }
+    va_list arguments;
+    va_start(arguments, format);
+    const int result = redisvAppendCommand(context, format, arguments);
+    va_end(arguments);
+    return result;
+}
+
+extern "C" redisContext* redisConnectUnix(const char* path)
+{
+    return refusesConnections() ? nullptr : redisConnectUnixWithTimeout(path, timeval{10, 0});
+}
+
+namespace orvo::Logger
+{
+
+class RefusedMemory : public LoggerOnDevice
+{
+protected:
+    RefusedMemory()
+    {
+        refusedCommand().clear();
+        refusesConnections() = false;
+    }
+    std::string complaintAbout(const std::string& command)
+    {
+        const test::StreamCapture errors(STDERR_FILENO);
+        refusedCommand() = command;
+        EXPECT_EQ(-1, m_logger.log(WARN, "one"));
+        refusedCommand().clear();
+        const std::string first = errors.text();
+        EXPECT_EQ(-1, m_logger.log(WARN, "two"));
+        EXPECT_EQ(first + "REDIS NOT CONNECTED !n", errors.text());
+        return first;
+    }
+    const std::string m_error = "redisPushLog: failed with err: (5:Out of memory)\n";
+    const std::string m_record =
+        R"(\{"T":"[0-9.]+", "P":"[0-9]+", "C":"WARN", "S":"wardex", "M":"one"\})";
+};
+
+TEST_F(RefusedMemory, ForTheAppendIsToldUnderTheNameOfAnotherCommand)
+{
+    EXPECT_THAT(complaintAbout("RPUSH"),
+                testing::MatchesRegex("redisPushLog: LPUSH LOG:ENTRIES " + m_record +
+                                      " failed!\nredisPushLog: failed with err: \\(5:Out of "
+                                      "memory\\)\n"));
+    EXPECT_THAT(m_records.raw(), testing::IsEmpty());
+}
+
+TEST_F(RefusedMemory, ForTheTrimIsToldWithAnotherRangeThanTheListHas)
+{
+    configure(R"({"source":"all","max":3})");
+    EXPECT_EQ("redisPushLog: LTRIM LOG:ENTRIES 0 10000 failed!\n" + m_error,
+              complaintAbout("LTRIM"));
+}
+
+TEST_F(RefusedMemory, ForThePublicationIsTold)
+{
+    EXPECT_THAT(complaintAbout("PUBLISH"),
+                testing::MatchesRegex("redisPushLog: PUBLISH LOG:ENTRIES " + m_record +
+                                      " failed!\nredisPushLog: failed with err: \\(5:Out of "
+                                      "memory\\)\n"));
+}
+
+TEST_F(RefusedMemory, ForAConnectionIsAnExceptionOfTheConstructor)
+{
+    refusesConnections() = true;
+    try
+    {
+        const RedisLogger logger("other", kLogSocket, kLogList, false);
+        FAIL() << "constructed";
+    }
+    catch (const std::runtime_error& error)
+    {
+        EXPECT_STREQ("DbgRedis: Redis instance not reachable", error.what());
+    }
+}
+
+TEST_F(RefusedMemory, ForTheConfigurationStoreIsToldLikeAnUnreachableOne)
+{
+    const test::StreamCapture errors(STDERR_FILENO);
+    refusesConnections() = true;
+    EXPECT_EQ(0, m_logger.saveConfig("wardex", 255, -1, ""));
+    EXPECT_EQ("saveConfig: Redis connection problem for connecting via /tmp/redis.sock\n",
+              errors.text());
+}
+
+} // namespace orvo::Logger
