@@ -19,6 +19,8 @@ namespace
 {
 
 constexpr const char kSocketPath[] = "/dev/log";
+/// "Nov 21 02:00:00 "
+constexpr std::size_t kStampLength = 16;
 
 /// "<10>Nov 21 02:00:00 wardex: text" or "<10>Nov 21 02:00:00 wardex[7]: text"
 SyslogCapture::Message parse(const std::string& datagram)
@@ -30,8 +32,10 @@ SyslogCapture::Message parse(const std::string& datagram)
     {
         return {-1, datagram};
     }
-    return {LOG_PRI(std::stoi(datagram.substr(1, endOfPriority - 1))),
-            datagram.substr(endOfProgram + 2)};
+    const int priority = std::stoi(datagram.substr(1, endOfPriority - 1));
+    const std::size_t origin = endOfPriority + 1 + kStampLength;
+    return {LOG_PRI(priority), datagram.substr(endOfProgram + 2), priority & LOG_FACMASK,
+            datagram.substr(origin, endOfProgram - origin)};
 }
 
 } // namespace

@@ -18,6 +18,9 @@ public:
     {
         int priority;     ///< LOG_EMERG to LOG_DEBUG, without the facility
         std::string text; ///< without time and program
+        /// LOG_USER or what the program opened syslog with; no part of a comparison, like origin.
+        int facility{0};
+        std::string origin{}; ///< the program, and its process id if it wants it told: "wardex[7]"
 
         bool operator==(const Message& other) const
         {

@@ -3,6 +3,7 @@
 #include "Eventually.h"
 
 #include <algorithm>
+#include <stdexcept>
 
 namespace orvo::Logger
 {
@@ -15,6 +16,21 @@ bool isAnnouncement(const std::string& message)
     return message.rfind("Applying new log configuration: ", 0) == 0;
 }
 
+/// Waits until a configuration that is being handled has been handled by every logger: making a
+/// logger, even one that fails, takes the lock of them all.
+void waitForTheLoggers()
+{
+    try
+    {
+        const RedisLogger failing("nobody", "/nonexistent", kLogList, false);
+    }
+    catch (const std::runtime_error&)
+    {
+        return;
+    }
+    ADD_FAILURE() << "there is a Redis server at /nonexistent";
+}
+
 } // namespace
 
 void LogDevice::configure(const std::string& text)
@@ -22,6 +38,7 @@ void LogDevice::configure(const std::string& text)
     const std::size_t before = announcements().size();
     m_client.publishToListeners(kConfigChannel, text);
     ASSERT_TRUE(test::eventually([&] { return announcements().size() > before; })) << text;
+    waitForTheLoggers();
 }
 
 void LogDevice::enableAllLevels()

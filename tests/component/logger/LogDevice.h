@@ -18,7 +18,7 @@ namespace orvo::Logger
 class LogDevice : public testing::Test
 {
 protected:
-    /// Publishes a configuration and waits until a logger has announced it.
+    /// Publishes a configuration and waits until the loggers that take it have announced it.
     void configure(const std::string& text);
     /// Enables all levels in the running loggers.
     void enableAllLevels();

@@ -1,0 +1,203 @@
+#include "LogDevice.h"
+#include "OwnProcess.h"
+#include "StreamCapture.h"
+#include "UnixListener.h"
+
+#include "Eventually.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <thread>
+#include <unistd.h>
+
+namespace orvo::Logger
+{
+
+namespace
+{
+
+std::ptrdiff_t threadsOfThisProcess()
+{
+    const std::filesystem::directory_iterator tasks("/proc/self/task");
+    return std::distance(begin(tasks), end(tasks));
+}
+
+std::unique_ptr<RedisLogger> makeLogger(const std::string& source = "wardex")
+{
+    return std::make_unique<RedisLogger>(source, kLogSocket, kLogList, false);
+}
+
+} // namespace
+
+class ConfigurationThread : public LogDevice
+{
+protected:
+    [[nodiscard]] long long subscribers()
+    {
+        return m_client.command({"PUBSUB", "NUMSUB", kConfigChannel}).elements.at(1).number;
+    }
+
+    const std::ptrdiff_t m_threadsBefore = threadsOfThisProcess();
+};
+
+TEST_F(ConfigurationThread, IsOneForAllLoggersOfTheProcess)
+{
+    const auto first = makeLogger("first");
+    const auto second = makeLogger("second");
+    EXPECT_EQ(m_threadsBefore + 1, threadsOfThisProcess());
+    EXPECT_TRUE(test::eventually([this] { return subscribers() == 1; }));
+}
+
+TEST_F(ConfigurationThread, GoesOnWhenTheFirstLoggerGoes)
+{
+    auto first = makeLogger("first");
+    const auto second = makeLogger("second");
+    first.reset();
+    EXPECT_EQ(m_threadsBefore + 1, threadsOfThisProcess());
+    enableAllLevels();
+    EXPECT_EQ(1U, announcements().size());
+    EXPECT_EQ(3, second->log(DEBUG, "one"));
+}
+
+TEST_F(ConfigurationThread, EndsWithTheLastLoggerWithinAboutASecond)
+{
+    auto first = makeLogger("first");
+    auto second = makeLogger("second");
+    ASSERT_TRUE(test::eventually([this] { return subscribers() == 1; }));
+    first.reset();
+    const auto start = std::chrono::steady_clock::now();
+    second.reset();
+    EXPECT_GT(std::chrono::seconds(3), std::chrono::steady_clock::now() - start);
+    EXPECT_EQ(m_threadsBefore, threadsOfThisProcess());
+    EXPECT_TRUE(test::eventually([this] { return subscribers() == 0; }));
+}
+
+TEST_F(ConfigurationThread, StartsAnewForALaterFirstLogger)
+{
+    makeLogger("first").reset();
+    const auto second = makeLogger("second");
+    enableAllLevels();
+    EXPECT_EQ(3, second->log(DEBUG, "one"));
+    EXPECT_EQ(m_threadsBefore + 1, threadsOfThisProcess());
+}
+
+TEST_F(ConfigurationThread, IsJoinedWithoutKeepingOthersFromLogging)
+{
+    auto last = makeLogger("last");
+    std::thread ending([&] { last.reset(); });
+    // Whether it comes before, amid or after the end of the other: it is not kept waiting for ever.
+    const auto next = makeLogger("next");
+    EXPECT_EQ(3, next->log(WARN, "one"));
+    ending.join();
+    enableAllLevels();
+    EXPECT_EQ(1U, announcements().size());
+    EXPECT_EQ(3, next->log(DEBUG, "two"));
+}
+
+TEST_F(ConfigurationThread, EndsWhileConfigurationsPourIn)
+{
+    std::atomic<bool> isOver{false};
+    std::thread publisher(
+        [&]
+        {
+            test::RedisClient client(kLogSocket);
+            while (!isOver)
+            {
+                client.command({"PUBLISH", kConfigChannel, R"({"source":"all","mask":255})"});
+            }
+        });
+    for (int round = 0; round < 3; ++round)
+    {
+        auto logger = makeLogger();
+        EXPECT_TRUE(test::eventually([&] { return logger->log(DEBUG, "one") == 3; }));
+        logger.reset();
+    }
+    isOver = true;
+    publisher.join();
+}
+
+TEST_F(ConfigurationThread, EndsAfterRedisWentAway)
+{
+    const test::StreamCapture errors(STDERR_FILENO);
+    auto logger = makeLogger();
+    ASSERT_TRUE(test::eventually([this] { return subscribers() == 1; }));
+    m_cache.kill();
+    ASSERT_TRUE(
+        test::eventually([&] { return errors.text() == "Error: Server closed the connection\n"; }));
+    logger.reset();
+    EXPECT_EQ("Error: Server closed the connection\n", errors.text());
+    EXPECT_EQ(m_threadsBefore, threadsOfThisProcess());
+}
+
+TEST_F(ConfigurationThread, ConnectsAnewForALaterFirstLogger)
+{
+    auto first = makeLogger();
+    ASSERT_TRUE(test::eventually([this] { return subscribers() == 1; }));
+    m_cache.restart();
+    first.reset();
+    const auto second = makeLogger();
+    EXPECT_EQ(3, second->log(WARN, "one"));
+    EXPECT_EQ(1, test::RedisClient(kLogSocket).publishToListeners(kConfigChannel, "{}"));
+}
+
+// The server's queue has room for the logger's own connection only.
+TEST(ConfigurationThreadWithoutConnection, DoesNotKeepTheConstructorWaiting)
+{
+    const test::UnixListener listener(kLogSocket, 0);
+    const test::StreamCapture errors(STDERR_FILENO);
+    const std::ptrdiff_t before = threadsOfThisProcess();
+    auto logger = makeLogger();
+    EXPECT_EQ("Error: Resource temporarily unavailable\n", errors.text());
+    EXPECT_TRUE(test::eventually([&] { return threadsOfThisProcess() == before; }));
+    logger.reset();
+    EXPECT_EQ("Error: Resource temporarily unavailable\n", errors.text());
+}
+
+TEST(ConfigurationThreadWithoutConnection, DoesNotKeepTheLoggerFromWriting)
+{
+    std::optional<test::UnixListener> listener(std::in_place, "/tmp/busy.sock", 0);
+    const test::StreamCapture errors(STDERR_FILENO);
+    const RedisLogger first("first", "/tmp/busy.sock", kLogList, false);
+    const test::RedisServer cache(kLogSocket);
+    RedisLogger second("second", kLogSocket, kLogList, false);
+    EXPECT_EQ(3, second.log(WARN, "one"));
+    EXPECT_EQ("Error: Resource temporarily unavailable\n", errors.text());
+}
+
+// Static storage: destroyed when main has returned, with everything that it needs still there.
+TEST(StaticLogger, OutlivesWhatItUses)
+{
+    const test::RedisServer cache(kLogSocket);
+    test::inOwnProcess(
+        []
+        {
+            static RedisLogger logger("wardex", kLogSocket, kLogList, false);
+            static const struct Teller
+            {
+                ~Teller() { logger.logOnce(WARN, "good bye"); }
+            } teller;
+            EXPECT_EQ(5, logger.logOnce(WARN, "hello"));
+        });
+    EXPECT_THAT(test::LogRecords().messages("WARN"), testing::ElementsAre("hello", "good bye"));
+}
+
+TEST(StaticLogger, MayBeLeftBehind)
+{
+    const test::RedisServer cache(kLogSocket);
+    test::inOwnProcess(
+        []
+        {
+            static auto* logger = new RedisLogger("wardex", kLogSocket, kLogList, false);
+            EXPECT_EQ(5, logger->log(WARN, "hello"));
+        });
+    EXPECT_TRUE(test::LogRecords().expectOnce("WARN", "hello"));
+}
+
+} // namespace orvo::Logger

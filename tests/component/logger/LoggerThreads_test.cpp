@@ -1,0 +1,138 @@
+#include "LogDevice.h"
+
+#include "Eventually.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace orvo::Logger
+{
+
+namespace
+{
+
+constexpr int kThreads = 4;
+constexpr int kRounds = 100;
+
+/// Runs a deed kRounds times in each of kThreads threads.
+template <typename Deed>
+void inAllThreads(Deed deed)
+{
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < kThreads; ++thread)
+    {
+        threads.emplace_back(
+            [thread, &deed]
+            {
+                for (int round = 0; round < kRounds; ++round)
+                {
+                    deed(thread, round);
+                }
+            });
+    }
+    for (std::thread& thread : threads)
+    {
+        thread.join();
+    }
+}
+
+} // namespace
+
+class LoggerThreads : public LoggerOnDevice
+{
+};
+
+TEST_F(LoggerThreads, WriteWholeRecordsWhileConfigurationsChange)
+{
+    RedisLogger other("other", kLogSocket, kLogList, false);
+    ASSERT_NO_FATAL_FAILURE(enableAllLevels());
+    std::atomic<bool> isOver{false};
+    std::thread operating(
+        [&]
+        {
+            test::RedisClient client(kLogSocket);
+            for (int round = 0; !isOver; ++round)
+            {
+                client.command(
+                    {"PUBLISH", kConfigChannel,
+                     R"({"source":"all","segvregex":")" + std::to_string(round) + "\"}"});
+            }
+        });
+    inAllThreads(
+        [&](int thread, int round)
+        {
+            RedisLogger& logger = thread % 2 == 0 ? m_logger : other;
+            EXPECT_LT(0, logger.log(WARN, "thread %d round %d", thread, round));
+        });
+    isOver = true;
+    operating.join();
+
+    std::set<std::string> distinct;
+    for (const test::LogRecordFields& record : m_records.all())
+    {
+        EXPECT_TRUE(record.isWhole) << record.raw;
+        if (record.level == "WARN")
+        {
+            distinct.insert(record.message);
+        }
+    }
+    EXPECT_EQ(std::size_t{kThreads * kRounds}, distinct.size());
+    EXPECT_EQ(std::size_t{kThreads * kRounds}, m_records.messages("WARN").size());
+}
+
+TEST_F(LoggerThreads, WriteAOnceOnlyTextOnce)
+{
+    static std::atomic<int> s_repetition{0};
+    const int repetition = ++s_repetition;
+    inAllThreads(
+        [&](int /*thread*/, int round)
+        { EXPECT_LE(0, m_logger.logOnce(WARN, "repetition %d round %d", repetition, round)); });
+    EXPECT_EQ(std::size_t{kRounds}, m_records.raw().size());
+}
+
+TEST_F(LoggerThreads, FindTheLostConnectionOneByOne)
+{
+    std::atomic<int> failures{0};
+    std::thread accident(
+        [this]
+        {
+            EXPECT_TRUE(test::eventually([this] { return m_records.raw().size() > 10; }));
+            m_cache.kill();
+        });
+    inAllThreads(
+        [&](int thread, int round)
+        { failures += m_logger.log(WARN, "thread %d round %d", thread, round) == -1 ? 1 : 0; });
+    accident.join();
+    EXPECT_EQ(-1, m_logger.log(WARN, "lost"));
+    EXPECT_GE(kThreads * kRounds - 10, failures.load());
+}
+
+TEST_F(LoggerThreads, MakeAndEndLoggersOfTheirOwn)
+{
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < kThreads; ++thread)
+    {
+        threads.emplace_back(
+            [thread]
+            {
+                for (int round = 0; round < 5; ++round)
+                {
+                    RedisLogger own("own", kLogSocket, kLogList, false);
+                    EXPECT_EQ(6, own.log(WARN, "own %d%d", thread, round));
+                }
+            });
+    }
+    for (std::thread& thread : threads)
+    {
+        thread.join();
+    }
+    EXPECT_EQ(std::size_t{kThreads * 5}, m_records.raw().size());
+}
+
+} // namespace orvo::Logger
