@@ -7,7 +7,6 @@ with it.
 
 import json
 import os
-import queue
 import signal
 import socket
 import subprocess
@@ -27,14 +26,14 @@ from wardex_desk.places import (
     BOOT_PLAN,
     CONTROL_SOCKET,
     DESK,
-    DESK_STATE,
     ENDED_POWER_OFF,
-    ENDED_REBOOT,
     ENDED_REFUSED,
     ENDED_WATCHDOG,
+    ENDINGS,
     LOGS,
     PACKAGE_SCRIPT,
     PANIC_SETTING,
+    POWER_SWITCH,
     PROGRAMS,
     STORE_SOCKET,
     UP_MARK,
@@ -72,13 +71,11 @@ class Boot:
         }
         self._observers = Observers()
         self._guard: Optional["subprocess.Popen[bytes]"] = None
-        self._endings: "queue.SimpleQueue[int]" = queue.SimpleQueue()
+        os.mkfifo(POWER_SWITCH)
+        self._switch = open(os.open(POWER_SWITCH, os.O_RDWR), encoding="ascii")
 
     def run(self) -> int:
         """Boots and answers the status to end with, when that time has come."""
-        Path(f"{DESK_STATE}/init.pid").write_text(f"{os.getpid()}\n", encoding="ascii")
-        signal.signal(signal.SIGUSR1, lambda *_: self._go_down())
-        signal.signal(signal.SIGTERM, lambda *_: self._endings.put(ENDED_POWER_OFF))
         _thread(Syslog().capture)
         for server in self._servers.values():
             server.launch()
@@ -94,10 +91,16 @@ class Boot:
         if "supervisor" not in self._without:
             self.start_supervisor()
         Path(UP_MARK).touch()
-        return self._endings.get()
+        return self._await_ending()
 
-    def _go_down(self) -> None:
-        threading.Timer(SHUTDOWN_S, self._endings.put, (ENDED_REBOOT,)).start()
+    def _await_ending(self) -> int:
+        for line in self._switch:
+            word = line.strip()
+            if word == "reboot":
+                threading.Timer(SHUTDOWN_S, _switch, ("down",)).start()
+            elif word in ENDINGS:
+                return ENDINGS[word]
+        return ENDED_POWER_OFF
 
     def start_supervisor(self) -> None:
         """Starts the daemon under the hardware watchdog."""
@@ -122,7 +125,7 @@ class Boot:
     def _await_guard(self, guard: "subprocess.Popen[bytes]") -> None:
         # A supervisor may end with the same number: the watchdog's journal tells the two apart.
         if guard.wait() == ENDED_WATCHDOG and _last_word(f"{LOGS}/watchdog") == "reset":
-            self._endings.put(ENDED_WATCHDOG)
+            _switch("reset")
 
     def _store_log_configuration(self) -> None:
         if "redis-store" in self._servers:
@@ -168,7 +171,7 @@ class Boot:
         elif deed == "run":
             return _run(request["words"], float(request["bound"]))
         elif deed == "power-off":
-            self._endings.put(ENDED_POWER_OFF)
+            _switch("off")
         else:
             raise ValueError(f"no deed is called '{deed}'")
         return {}
@@ -189,6 +192,10 @@ class Boot:
 
 def _thread(work: Any, *arguments: Any) -> None:
     threading.Thread(target=work, args=arguments, daemon=True).start()
+
+
+def _switch(word: str) -> None:
+    Path(POWER_SWITCH).write_text(f"{word}\n", encoding="ascii")
 
 
 def _last_word(journal: str) -> str:

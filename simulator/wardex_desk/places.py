@@ -30,6 +30,7 @@ KNOBS = "/run/knobs"
 DESK_STATE = "/run/desk"
 CONTROL_SOCKET = "/run/desk/control"
 BOOT_PLAN = "/run/desk/plan.json"
+POWER_SWITCH = "/run/desk/power"
 UP_MARK = "/run/desk/up"
 LOGS = "/log"
 SHORT_PATH = f"{DESK}/simulator/device/stubs:/usr/sbin:/usr/bin:/sbin:/bin"
@@ -39,6 +40,8 @@ ENDED_POWER_OFF = 0
 ENDED_REFUSED = 64
 ENDED_REBOOT = 65
 ENDED_WATCHDOG = 70
+# The words for them at the power switch, a pipe that waits for one; "reboot" leads to "down".
+ENDINGS = {"off": ENDED_POWER_OFF, "down": ENDED_REBOOT, "reset": ENDED_WATCHDOG}
 
 
 @dataclass(frozen=True)
