@@ -1,13 +1,20 @@
 """The command ./run."""
 
-import importlib
 import os
 import signal
 import sys
 from types import FrameType
-from typing import Any, NoReturn, Optional, Sequence
+from typing import NoReturn, Optional, Sequence
 
-from wardex_desk import building, command_line, deeds, record_log, shell
+from wardex_desk import (
+    building,
+    command_line,
+    deeds,
+    record_log,
+    scenario,
+    shell,
+    story_live,
+)
 from wardex_desk.box import BoxError
 from wardex_desk.building import BuildError
 from wardex_desk.command_line import Request
@@ -18,7 +25,7 @@ from wardex_desk.desk import Desk
 from wardex_desk.device import DeviceError
 from wardex_desk.eeprom import DescriptionError
 from wardex_desk.firmware import Plan
-from wardex_desk.instance import Instance, InstanceError
+from wardex_desk.instance import DEFAULT_NAME, Instance, InstanceError
 
 FAILED = 1
 WRONG_WORDS = 2
@@ -76,7 +83,7 @@ def _perform(request: Request) -> int:
     if request.command == "help":
         print(command_line.help_text())
     elif request.command == "list":
-        for name, meaning in _part("scenario").catalogue().items():
+        for name, meaning in scenario.catalogue().items():
             print(f"{name:<20} {meaning}")
     elif request.command == "do":
         deed = deeds.deed(request.words)
@@ -100,16 +107,17 @@ def _require_running(instance: Instance) -> None:
 
 def _put_on_desk(request: Request) -> int:
     if request.command == "scenario":
-        names = list(_part("scenario").catalogue())
+        names = list(scenario.catalogue())
         if request.scenario not in names:
             raise WrongWords(
                 f"no scenario is called '{request.scenario}': say one of {', '.join(names)}"
             )
     programs = building.programs(request.preset, request.wardex, sys.stderr)
-    desk = Desk(programs, request.name, request.home)
     if request.command == "scenario":
-        return int(_part("scenario").play(request.scenario, desk, sys.stdout))
-    return _live(desk, request)
+        # Under its own name, so that it can be played beside a camera that is on the desk.
+        name = request.scenario if request.name == DEFAULT_NAME else request.name
+        return scenario.play(request.scenario, Desk(programs, name, request.home), sys.stdout)
+    return _live(Desk(programs, request.name, request.home), request)
 
 
 def _live(desk: Desk, request: Request) -> int:
@@ -118,9 +126,5 @@ def _live(desk: Desk, request: Request) -> int:
         if device.refused_duties() is not None:
             print(f"Beware: {device.refused_duties()}", file=sys.stderr)
         device.power_on()
-        _part("story_live").follow(device, sys.stdout, lambda: False)
+        story_live.follow(device, sys.stdout, lambda: False)
         return _complain(f"the device went down for good:\n{device.last_words()}", FAILED)
-
-
-def _part(name: str) -> Any:
-    return importlib.import_module(f"wardex_desk.{name}")
