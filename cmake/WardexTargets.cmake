@@ -13,7 +13,7 @@ if(WARDEX_SANITIZE)
         -fsanitize=${WARDEX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
         # The checks that the sanitizers add make GCC see unset values in its own <regex>; the
         # builds without them look for real ones.
-        -Wno-maybe-uninitialized)
+        $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
     target_link_options(wardex_compile_options INTERFACE -fsanitize=${WARDEX_SANITIZE})
 endif()
 
