@@ -71,7 +71,7 @@ inline QString freshBusName(const QString& label = QStringLiteral("service"))
 /// Enters a service that is there for its script and process name only; its bus name.
 inline QString addScriptedService(const QString& processName, const QString& initScript)
 {
-    const QString name = freshBusName();
+    QString name = freshBusName();
     ServiceInfo::addService(
         name, ServiceInfo::makeService<StubService>(processName, 1000, initScript, nullptr));
     return name;

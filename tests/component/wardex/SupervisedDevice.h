@@ -89,7 +89,7 @@ public:
     /// Forgets what was logged, signalled and run up to now.
     void forgetThePast();
 
-    [[nodiscard]] const ScriptJournal& scripts() const { return m_journal; }
+    ScriptJournal& scripts() { return m_journal; }
 
 private:
     void addService(const char* name, const char* shortName, const char* script, int intervalMs);

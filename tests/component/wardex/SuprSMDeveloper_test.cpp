@@ -27,7 +27,7 @@ protected:
     std::string makeDeadService()
     {
         static int number = 0;
-        const std::string name = "com.orvo.dead" + std::to_string(++number);
+        std::string name = "com.orvo.dead" + std::to_string(++number);
         StubService::Answers& answers = m_answers[name];
         ServiceInfo::addService(QString::fromStdString(name),
                                 ServiceInfo::makeService<StubService>(

@@ -141,7 +141,7 @@ TEST_F(SupervisedService, IsPingedAtItsOwnIntervalInEveryState)
     EXPECT_EQ(0, vistor.pings);
     VirtualTime::instance().advance(1);
     EXPECT_EQ(1, vistor.pings);
-    VirtualTime::instance().advance(2 * 2200);
+    VirtualTime::instance().advance(4400);
     EXPECT_EQ(3, vistor.pings);
 }
 

@@ -27,8 +27,9 @@ extern std::map<QString, SuprState*> g_activeStates;
 /// The services that reported up and have not reported down since.
 extern std::set<QString> g_upServices;
 
-/// The services that must be up for the device to be stable; never changed.
-extern const std::set<QString> g_knownServices;
+/// The services that must be up for the device to be stable; never changed. A constant that is
+/// named as the set that it is compared with.
+extern const std::set<QString> g_knownServices; // NOLINT(readability-identifier-naming)
 
 /// Local time of each package restart, oldest first; never shortened.
 extern std::vector<QDateTime> g_restartHistory;
