@@ -40,10 +40,13 @@ from wardex_desk.places import (
     WATCHDOG_NODE,
 )
 from wardex_desk.redis_client import RedisClient, RedisError
+from wardex_desk.waiting import poll
 
 # From the reboot command to the end. As on a real device everything goes on meanwhile, so that a
 # supervisor that still feeds the watchdog is found out.
 SHUTDOWN_S = 1.5
+# How long a supervisor may take to be listed, in seconds; one that ends at once never is.
+LISTED_BOUND = 2.0
 PERMANENT_CONFIGURATION = "LOG:PERM:CFG"
 SIGNALS = {"kill": signal.SIGKILL, "stop": signal.SIGSTOP, "continue": signal.SIGCONT}
 
@@ -58,6 +61,15 @@ def panic_setting_is_masked(mounts: str) -> bool:
         if fields.split()[4] == PANIC_SETTING:
             return not source.startswith("proc ")
     return False
+
+
+def panic_setting_can_be_written() -> bool:
+    """Whether this process could change it; nothing is changed by asking."""
+    try:
+        os.close(os.open(PANIC_SETTING, os.O_WRONLY))
+    except OSError:
+        return False
+    return True
 
 
 class Boot:
@@ -105,7 +117,7 @@ class Boot:
     def start_supervisor(self) -> None:
         """Starts the daemon under the hardware watchdog."""
         words = [f"{PROGRAMS}/wardex", *self._plan["arguments"]]
-        guard = [
+        hardware = [
             f"{DESK}/bin/watchdog-guard",
             *("--device", WATCHDOG_NODE),
             *("--timeout-ms", str(self._plan["watchdog_ms"])),
@@ -113,14 +125,16 @@ class Boot:
         ]
         with open(f"{LOGS}/wardex.out", "ab") as output, open(f"{LOGS}/wardex.err", "ab") as errors:
             self._guard = subprocess.Popen(
-                [*guard, "--", *words],
+                [*hardware, "--", *words],
                 stdin=subprocess.DEVNULL,
                 stdout=output,
                 stderr=errors,
                 start_new_session=True,
                 env={**os.environ, **self._plan["environment"]},
             )
-        _thread(self._await_guard, self._guard)
+        guard = self._guard
+        poll(lambda: _listed("wardex") or guard.poll() is not None, LISTED_BOUND, 0.005)
+        _thread(self._await_guard, guard)
 
     def _await_guard(self, guard: "subprocess.Popen[bytes]") -> None:
         # A supervisor may end with the same number: the watchdog's journal tells the two apart.
@@ -203,18 +217,24 @@ def _last_word(journal: str) -> str:
     return lines[-1].split()[-1] if lines else ""
 
 
-def _signal_all(program: str, number: int) -> None:
-    """Signals every process of this name, as `ps` on the device shows it."""
-    found = False
+def _listed(program: str) -> list[int]:
+    """Every process of this name, as `ps` on the device shows it."""
+    found = []
     for folder in Path("/proc").glob("[0-9]*"):
         try:
             if (folder / "comm").read_text().strip() == program:
-                os.kill(int(folder.name), number)
-                found = True
+                found.append(int(folder.name))
         except (FileNotFoundError, ProcessLookupError):
             continue
-    if not found:
+    return found
+
+
+def _signal_all(program: str, number: int) -> None:
+    processes = _listed(program)
+    if not processes:
         raise PeripheralError(f"{program} is not running")
+    for process in processes:
+        os.kill(process, number)
 
 
 def _run(words: list[str], bound: float) -> dict[str, Any]:
@@ -236,7 +256,7 @@ def _run(words: list[str], bound: float) -> dict[str, Any]:
 def main() -> int:
     """Boots the device by its plan; refuses where the host's panic setting could be changed."""
     mounts = Path("/proc/self/mountinfo").read_text(encoding="utf-8")
-    if not panic_setting_is_masked(mounts):
+    if not panic_setting_is_masked(mounts) and panic_setting_can_be_written():
         print(f"refusing to boot: {PANIC_SETTING} is the host's own", file=sys.stderr)
         return ENDED_REFUSED
     plan = json.loads(Path(BOOT_PLAN).read_text(encoding="utf-8"))

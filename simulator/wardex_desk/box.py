@@ -1,12 +1,17 @@
 """Where a simulated device lives: closed off from the machine, with all its fixed paths."""
 
 import abc
+import os
 import subprocess
 from dataclasses import dataclass
 from pathlib import Path
-from typing import Optional
+from typing import Mapping, Sequence
 
-from wardex_desk.places import PEERS
+from wardex_desk.places import DESK, PEERS, SHORT_PATH
+
+BOOT_PROGRAM = ("/usr/bin/python3", "-S", "-m", "wardex_desk.boot")
+# What the person's own environment may tell the programs inside: how sanitizers report.
+PASSED_ON = ("ASAN_OPTIONS", "UBSAN_OPTIONS", "TSAN_OPTIONS", "LSAN_OPTIONS", "TERM")
 
 
 class BoxError(Exception):
@@ -56,8 +61,26 @@ class Box(abc.ABC):
         """Ends everything inside at once, as when the mains plug is pulled."""
 
     @abc.abstractmethod
-    def refused_duties(self) -> Optional[str]:
-        """What the supervisor cannot do in this box, in words for a person; None: nothing."""
+    def supervisor_environment(self) -> Mapping[str, str]:
+        """Variables that the supervisor needs to find this box's device."""
+
+    @abc.abstractmethod
+    def shortcomings(self) -> Sequence[str]:
+        """What cannot be shown in this box, each in words for a person."""
+
+
+def device_environment() -> dict[str, str]:
+    """The variables of every program in a box."""
+    return {
+        "PATH": SHORT_PATH,
+        "HOME": "/root",
+        "LANG": "C.UTF-8",
+        "PYTHONPATH": f"{DESK}/simulator",
+        "PYTHONDONTWRITEBYTECODE": "1",
+        # libudev's own switch: without it a /sys of plain files counts as no /sys.
+        "SYSTEMD_DEVICE_VERIFY_SYSFS": "0",
+        **{name: os.environ[name] for name in PASSED_ON if name in os.environ},
+    }
 
 
 def exit_status(process: "subprocess.Popen[bytes]") -> int:

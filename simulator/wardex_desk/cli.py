@@ -123,8 +123,8 @@ def _put_on_desk(request: Request) -> int:
 def _live(desk: Desk, request: Request) -> int:
     plan = Plan(family=request.family, developer=request.developer, watchdog_ms=request.watchdog_ms)
     with desk.device(plan) as device:
-        if device.refused_duties() is not None:
-            print(f"Beware: {device.refused_duties()}", file=sys.stderr)
+        for shortcoming in device.shortcomings():
+            print(f"Beware: {shortcoming}", file=sys.stderr)
         device.power_on()
         story_live.follow(device, sys.stdout, lambda: False)
         return _complain(f"the device went down for good:\n{device.last_words()}", FAILED)

@@ -13,16 +13,17 @@ import json
 import threading
 from dataclasses import asdict, dataclass
 from types import TracebackType
-from typing import Any, Callable, Optional
+from typing import Any, Callable, Optional, Sequence
 
 from wardex_desk import firmware
 from wardex_desk.box import Box, BoxError, Programs
+from wardex_desk.boxes import best_box
 from wardex_desk.controls import Controls, NotSeen
 from wardex_desk.firmware import Plan
 from wardex_desk.instance import Instance
-from wardex_desk.namespace_box import CONSOLE, NamespaceBox
 from wardex_desk.places import (
     BOOT_PLAN,
+    CONSOLE,
     DESK_STATE,
     ENDED_POWER_OFF,
     ENDED_REBOOT,
@@ -71,7 +72,7 @@ class Device(Controls):
         instance: Instance,
         plan: Plan,
         programs: Programs,
-        make_box: BoxMaker = NamespaceBox,
+        make_box: BoxMaker = best_box,
     ) -> None:
         super().__init__(instance)
         self.plan = plan
@@ -82,7 +83,10 @@ class Device(Controls):
         except BaseException:
             instance.release()
             raise
-        words = asdict(plan) | {"without": sorted(plan.without)}
+        words = asdict(plan) | {
+            "without": sorted(plan.without),
+            "environment": {**self._box.supervisor_environment(), **plan.environment},
+        }
         self._boot_plan = json.dumps(words, indent=2) + "\n"
         self._mains: Optional[threading.Thread] = None
         self._lock = threading.Lock()
@@ -147,9 +151,9 @@ class Device(Controls):
             raise NotSeen(f"not seen before the device went down: {what}\n{self.last_words()}")
         return answer
 
-    def refused_duties(self) -> Optional[str]:
-        """What the supervisor cannot do here, in words for a person; None: nothing."""
-        return self._box.refused_duties()
+    def shortcomings(self) -> Sequence[str]:
+        """What this device cannot show where it stands, each in words for a person."""
+        return self._box.shortcomings()
 
     def last_words(self) -> str:
         """What the boot program said, for a person who must find out why nothing works."""

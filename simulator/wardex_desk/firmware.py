@@ -26,6 +26,15 @@ from wardex_desk.places import (
 )
 
 BUS_POLICY = REPOSITORY / "packaging/dbus/com.orvo.wardex.conf"
+FOLDERS = (
+    "/dev",
+    "/tmp",
+    "/var",
+    "/root",
+    "/etc/sysdata",
+    "/etc/alternatives",
+    "/opt/orvo/var/redis",
+)
 ALL_LEVELS = '{"source":"all","mask":255}'
 
 # Parts of the device that can be left out.
@@ -60,9 +69,7 @@ def install(instance: Instance, plan: Plan, bus_policy: Optional[Path] = BUS_POL
     """Writes the device's files into a claimed, empty instance folder; answers its family."""
     family = families.load(plan.family)
     shutil.copytree(DEVICE_FILES / "root", instance.folder, dirs_exist_ok=True, symlinks=True)
-    for folder in ("/dev", "/tmp", "/var/redis", "/root", "/etc/sysdata", "/etc/alternatives"):
-        instance.path(folder).mkdir(parents=True, exist_ok=True)
-    for folder in (LOGS, ORDERS, KNOBS, DESK_STATE, PROGRAMS):
+    for folder in (*FOLDERS, LOGS, ORDERS, KNOBS, DESK_STATE, PROGRAMS):
         instance.path(folder).mkdir(parents=True, exist_ok=True)
     instance.path("/tmp").chmod(0o1777)
     instance.path("/var/run").symlink_to("/run")
@@ -72,7 +79,7 @@ def install(instance: Instance, plan: Plan, bus_policy: Optional[Path] = BUS_POL
     if plan.developer:
         instance.write(DEVELOPER_MARKERS[0], "")
     if bus_policy is not None:
-        shutil.copy(bus_policy, instance.path("/etc/dbus-1/system.d"))
+        shutil.copy(bus_policy, instance.path("/opt/orvo/etc/dbus-1/system.d"))
     _install_programs(instance, family)
     _write_eeproms(instance, family)
     return family

@@ -8,15 +8,11 @@ from dataclasses import dataclass
 from pathlib import Path
 from typing import Mapping, Optional, Sequence
 
-from wardex_desk.box import Box, BoxError, Programs, exit_status
+from wardex_desk.box import BOOT_PROGRAM, Box, BoxError, Programs, device_environment, exit_status
 from wardex_desk.instance import Instance
-from wardex_desk.places import DESK, PANIC_SETTING, SHORT_PATH, SIMULATOR, WATCHDOG_NODE
+from wardex_desk.places import CONSOLE, DESK, PANIC_SETTING, SIMULATOR, WATCHDOG_NODE
 
-BOOT_PROGRAM = ("/usr/bin/python3", "-S", "-m", "wardex_desk.boot")
-CONSOLE = "/log/console"
 DEVICE_FOLDERS = ("/etc", "/opt", "/run", "/tmp", "/sys", "/var", "/root", "/log")
-# What the person's own environment may tell the programs inside: how sanitizers report.
-PASSED_ON = ("ASAN_OPTIONS", "UBSAN_OPTIONS", "TSAN_OPTIONS", "LSAN_OPTIONS", "TERM")
 NAMESPACES = ("--unshare-pid", "--unshare-net", "--unshare-ipc", "--unshare-uts")
 # Root inside, whoever stands outside: the bus policy lets only root own the supervisor's name.
 ROOT_INSIDE = ("--unshare-user", "--uid", "0", "--gid", "0")
@@ -52,7 +48,7 @@ class Layout:
             *self._own("--bind-try", WATCHDOG_NODE),
             *self._own("--bind", PANIC_SETTING),
             *("--clearenv", "--chdir", "/"),
-            *(word for item in self._variables().items() for word in ("--setenv", *item)),
+            *(word for item in self.environment.items() for word in ("--setenv", *item)),
         ]
 
     def _own(self, option: str, path: str) -> tuple[str, str, str]:
@@ -61,18 +57,6 @@ class Layout:
     @staticmethod
     def _merged(part: str) -> tuple[str, ...]:
         return ("--symlink", f"usr/{part}", f"/{part}") if Path(f"/usr/{part}").is_dir() else ()
-
-    def _variables(self) -> dict[str, str]:
-        return {
-            "PATH": SHORT_PATH,
-            "HOME": "/root",
-            "LANG": "C.UTF-8",
-            "PYTHONPATH": f"{DESK}/simulator",
-            "PYTHONDONTWRITEBYTECODE": "1",
-            # libudev's own switch: without it a /sys of plain files counts as no /sys.
-            "SYSTEMD_DEVICE_VERIFY_SYSFS": "0",
-            **self.environment,
-        }
 
 
 def _attempt(options: Sequence[str]) -> Optional[str]:
@@ -111,8 +95,9 @@ class NamespaceBox(Box):
         self._first_inside: Optional[int] = None
 
     def start(self) -> None:
-        environment = {name: os.environ[name] for name in PASSED_ON if name in os.environ}
-        layout = Layout(self._instance.folder, self._programs, self._user_namespace, environment)
+        layout = Layout(
+            self._instance.folder, self._programs, self._user_namespace, device_environment()
+        )
         reader, writer = os.pipe()
         with open(reader, "rb") as information:
             with open(self._instance.path(CONSOLE), "ab") as console:
@@ -143,7 +128,10 @@ class NamespaceBox(Box):
             except ProcessLookupError:
                 pass
 
-    def refused_duties(self) -> Optional[str]:
+    def supervisor_environment(self) -> Mapping[str, str]:
+        return {}
+
+    def shortcomings(self) -> Sequence[str]:
         if not self._user_namespace:
-            return None
-        return "not root here: the kernel refuses the supervisor's real-time scheduling"
+            return ()
+        return ("not root here: the kernel refuses the supervisor's real-time duties",)

@@ -136,9 +136,14 @@ def serves_redis(address: str) -> bool:
 
 def servers() -> dict[str, Server]:
     """The device's servers by the name that the desk uses for them."""
-    bus = ("dbus-daemon", "--config-file=/etc/dbus-1/system.conf", "--nofork", "--nopidfile")
-    cache = ("redis-server", "/etc/redis/cache.conf")
-    store = ("redis-server", "/etc/redis/store.conf")
+    bus = (
+        "dbus-daemon",
+        "--config-file=/opt/orvo/etc/dbus-1/system.conf",
+        "--nofork",
+        "--nopidfile",
+    )
+    cache = ("redis-server", "/opt/orvo/etc/redis/cache.conf")
+    store = ("redis-server", "/opt/orvo/etc/redis/store.conf")
     return {
         "bus": Server("dbus-daemon", bus, BUS_SOCKET, accepts),
         "redis-cache": Server("redis-cache", cache, CACHE_SOCKET, serves_redis),

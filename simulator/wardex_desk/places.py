@@ -33,6 +33,7 @@ BOOT_PLAN = "/run/desk/plan.json"
 POWER_SWITCH = "/run/desk/power"
 UP_MARK = "/run/desk/up"
 LOGS = "/log"
+CONSOLE = "/log/console"
 SHORT_PATH = f"{DESK}/simulator/device/stubs:/usr/sbin:/usr/bin:/sbin:/bin"
 
 # How the device's boot program says why the device went down (its exit status).

@@ -26,7 +26,7 @@ from wardex_desk.instance import Instance
 home, peers, supervisor = map(Path, sys.argv[1:])
 with Device(Instance("camera", home), Plan(), Programs(peers, supervisor)) as device:
     device.power_on()
-    print(device.refused_duties(), flush=True)
+    print(*device.shortcomings(), "on", flush=True)
     threading.Event().wait()
 """
 
@@ -142,7 +142,7 @@ def test_user_without_rights_has_a_device_too(driver, home):
     process, said = driver(user=NOBODY, group=NOBODY, extra_groups=[])
     if "offers no namespaces" in said:
         pytest.skip(said)
-    assert said == "not root here: the kernel refuses the supervisor's real-time scheduling"
+    assert said == "not root here: the kernel refuses the supervisor's real-time duties on"
     inside = entering(boot_program(Instance("camera", home)), ["id", "-u"])
     assert subprocess.check_output(inside, text=True) == "0\n"
     as_user = ["setpriv", f"--reuid={NOBODY}", f"--regid={NOBODY}", "--clear-groups"]

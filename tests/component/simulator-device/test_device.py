@@ -264,7 +264,7 @@ def test_request_that_makes_no_sense_is_refused(camera):
 
 def test_device_that_cannot_boot_says_why(put_on_desk):
     device = put_on_desk()
-    device.instance.write("/etc/redis/cache.conf", "no-such-word 1\n")
+    device.instance.write("/opt/orvo/etc/redis/cache.conf", "no-such-word 1\n")
     with pytest.raises(DeviceError, match="redis-cache does not come up"):
         device.power_on()
     assert not device.is_on()

@@ -5,7 +5,7 @@ from pathlib import Path
 import pytest
 
 from wardex_desk.boot import panic_setting_is_masked
-from wardex_desk.box import BoxError, Programs
+from wardex_desk.box import BoxError, Programs, device_environment
 from wardex_desk.namespace_box import Layout
 
 PANIC = "/proc/sys/kernel/panic"
@@ -59,15 +59,17 @@ def test_nothing_of_the_machine_can_be_written():
 
 
 def test_reboot_of_the_device_comes_first_in_the_path():
-    words = options()
-    path = words[place_of(words, "--setenv", "PATH") + 2]
+    path = device_environment()["PATH"]
     assert path.split(":")[0] == "/desk/simulator/device/stubs"
 
 
-def test_persons_environment_stays_outside_but_for_what_is_passed_on():
-    words = options(environment={"ASAN_OPTIONS": "x=1"})
+def test_persons_environment_stays_outside_but_for_what_is_passed_on(monkeypatch):
+    monkeypatch.setenv("ASAN_OPTIONS", "x=1")
+    monkeypatch.setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/mine")
+    words = options(environment=device_environment())
     assert "--clearenv" in words
     place_of(words, "--setenv", "ASAN_OPTIONS", "x=1")
+    assert "DBUS_SYSTEM_BUS_ADDRESS" not in words
 
 
 def test_missing_program_is_named(tmp_path):
