@@ -18,7 +18,10 @@ def follow(device: Device, stream: TextIO, stop: Callable[[], bool]) -> None:
 
     What was still to be told is told in every case, also when an exception ends the waiting.
     """
-    stage = Stage(device, EventStream(device.instance.folder), Story(), Printer(stream))
+    printer = Printer(stream)
+    stage = Stage(device, EventStream(device.instance.folder), Story(), printer)
+    printer.hint(f"A {device.plan.family} device is on the desk; Ctrl-C takes it away again.")
+    printer.hint("From another terminal: ./run do pictor hang, ./run sh, ./run logs, ./run --help")
     try:
         while device.is_on() and not stop():
             stage.look()

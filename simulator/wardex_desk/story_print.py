@@ -71,6 +71,10 @@ class Printer:
         bold = f"\033[1m{text}{_RESET}" if self._colour else text
         print(f"\n{bold}", file=self._stream, flush=True)
 
+    def hint(self, text: str) -> None:
+        """A word to the reader, beside the story."""
+        print(f"{_DIM}{text}{_RESET}" if self._colour else text, file=self._stream, flush=True)
+
     def verdict(self, word: str, text: str) -> None:
         """`PASS  text`, `FAIL  text` or `SKIP  text`."""
         tone = {"PASS": _TONES["good"], "FAIL": _TONES["bad"]}.get(word, _TONES["attention"])

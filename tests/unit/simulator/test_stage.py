@@ -17,10 +17,12 @@ from wardex_desk.events import (
     SupervisorEnded,
     WatchdogEvent,
 )
+from wardex_desk.firmware import Plan
 from wardex_desk.instance import Instance
 from wardex_desk.scenarios_stage import Stage
 from wardex_desk.sources import EventStream
 from wardex_desk.story import Story
+from wardex_desk.story_live import follow
 from wardex_desk.story_print import Printer
 
 AT_ONCE = 0.0
@@ -115,3 +117,45 @@ def test_a_sign_is_known_from_its_like(wanted, given, other):
     assert wanted(given)
     assert not wanted(other)
     assert not wanted(Availability(1, {}))
+
+
+class Passing:
+    """Stands in for a device that is on for a few looks and then off."""
+
+    plan = Plan(family="ZQ9XX")
+
+    def __init__(self, instance, looks):
+        self.instance = instance
+        self._looks = looks
+
+    def is_on(self):
+        self._looks -= 1
+        return self._looks >= 0
+
+
+def test_a_live_story_is_told_until_the_device_is_off(tmp_path, watchdog_journal, output):
+    watchdog_journal.write_text("1.0 open\n2.0 feed 1\n")
+    follow(Passing(Instance("camera", tmp_path), 2), output, lambda: False)
+    assert output.getvalue().splitlines()[2:] == [
+        "    0.00 s  watchdog  is armed",
+        "    1.00 s  watchdog  fed once",
+    ]
+    assert "ZQ9XX" in output.getvalue().splitlines()[0]
+
+
+def test_a_live_story_ends_when_it_is_told_to(tmp_path, watchdog_journal, output):
+    follow(Passing(Instance("camera", tmp_path), 10**9), output, lambda: True)
+    assert watchdog_journal.parent.is_dir()
+    assert len(output.getvalue().splitlines()) == 2
+
+
+def test_a_live_story_is_told_to_its_end_when_the_person_ends_it(
+    tmp_path, watchdog_journal, output
+):
+    def interrupt():
+        watchdog_journal.write_text("1.0 open\n")
+        raise KeyboardInterrupt
+
+    with pytest.raises(KeyboardInterrupt):
+        follow(Passing(Instance("camera", tmp_path), 10**9), output, interrupt)
+    assert output.getvalue().splitlines()[2:] == ["    0.00 s  watchdog  is armed"]
