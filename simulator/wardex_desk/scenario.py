@@ -55,6 +55,8 @@ def play(name: str, desk: Desk, stream: TextIO) -> int:
     scenario = SCENARIOS[name]
     printer = Printer(stream)
     with desk.device(scenario.plan) as device:
+        for shortcoming in device.shortcomings():
+            printer.remark(f"Beware: {shortcoming}")
         verdict = perform(scenario, device, printer)
         return report(scenario, verdict, device, printer)
 

@@ -8,12 +8,13 @@ from wardex_desk import control
 from wardex_desk.instance import Instance
 from wardex_desk.places import SHORT_PATH
 
+INTERACTIVE = "bash --rcfile /opt/orvo/etc/profile"
 NAMESPACES = ("-m", "-p", "-n", "-i", "-u")
 
 
 def entering(boot_program: int, words: Sequence[str]) -> list[str]:
     """The command line that runs a program in the box of this process."""
-    variables = [f"PATH={SHORT_PATH}", "HOME=/root", "LANG=C.UTF-8", "ENV=/etc/profile"]
+    variables = [f"PATH={SHORT_PATH}", "HOME=/root", "LANG=C.UTF-8"]
     variables.append(f"TERM={os.environ.get('TERM', 'dumb')}")
     inside = ["env", "-i", *variables, *words]
     if _same(boot_program, "pid"):
@@ -34,7 +35,7 @@ def open_shell(instance: Instance, words: Sequence[str], on_terminal: bool) -> i
         inside = ["sh", "-c", " ".join(words)]
     elif on_terminal:
         # A terminal of the device's own: jobs can be stopped, and the person's is not listed there.
-        inside = ["script", "--quiet", "--return", "--command", "sh", "/dev/null"]
+        inside = ["script", "--quiet", "--return", "--command", INTERACTIVE, "/dev/null"]
     else:
         inside = ["sh"]
     command = entering(control.boot_program(instance), inside)

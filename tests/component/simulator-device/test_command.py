@@ -1,6 +1,7 @@
 """The command ./run as a person uses it, from another process."""
 
 import os
+import pty
 import signal
 import subprocess
 import sys
@@ -104,6 +105,23 @@ def test_shell_sees_the_reboot_of_the_device_only(camera, home):
         0,
         "/desk/simulator/device/stubs/reboot\n",
     )
+
+
+def test_person_at_a_terminal_gets_a_terminal_of_the_device(camera, home):
+    person, terminal = pty.openpty()
+    shell = subprocess.Popen(
+        [sys.executable, "-m", "wardex_desk", "--home", str(home), "sh"],
+        stdin=terminal,
+        stdout=terminal,
+        stderr=terminal,
+        start_new_session=True,
+    )
+    os.close(terminal)
+    os.write(person, b"tty; hostname; exit 4\n")
+    assert shell.wait(20) == 4
+    said = os.read(person, 4096).decode().split()
+    os.close(person)
+    assert "/dev/pts/0" in said and "camera" in said
 
 
 def test_logs_prints_the_stored_records(camera, home):

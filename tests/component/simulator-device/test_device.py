@@ -1,6 +1,7 @@
 """One simulated device: what stands on it and what survives which end."""
 
 import json
+import os
 import re
 
 import pytest
@@ -9,6 +10,7 @@ from machine import processes_in
 from wardex_desk.control import ControlError
 from wardex_desk.device import DeviceError
 from wardex_desk.eeprom import Record
+from wardex_desk.namespace_box import Layout
 from wardex_desk.waiting import now, poll
 
 SCRIPT_CALLS = [
@@ -87,6 +89,29 @@ def test_cannot_touch_the_panic_setting_of_the_machine(camera):
     assert camera.run("sh", "-c", "echo 60 >/proc/sys/kernel/panic") == (0, "")
     assert open("/proc/sys/kernel/panic").read() == before
     assert camera.instance.read("/proc/sys/kernel/panic") == "60\n"
+
+
+@pytest.mark.skipif(os.getuid() != 0, reason="only root could change the machine's setting")
+def test_box_without_its_own_panic_setting_refuses_to_boot(put_on_desk, monkeypatch):
+    device = put_on_desk()
+    whole = Layout.options
+
+    def uncovered(layout):
+        words = whole(layout)
+        place = words.index("/proc/sys/kernel/panic") - 2
+        return words[:place] + words[place + 3 :]
+
+    monkeypatch.setattr(Layout, "options", uncovered)
+    with pytest.raises(DeviceError, match="refusing to boot: /proc/sys/kernel/panic is the host's"):
+        device.power_on()
+    assert device.lines("watchdog") == []
+
+
+def test_box_that_cannot_cover_the_panic_setting_does_not_start(put_on_desk):
+    device = put_on_desk()
+    device.instance.remove("/proc/sys/kernel/panic")
+    with pytest.raises(DeviceError, match="Can't find source path .*/proc/sys/kernel/panic"):
+        device.power_on()
 
 
 def test_order_changes_what_the_service_answers(camera):

@@ -1,8 +1,10 @@
 """The words of ./run but for those after do."""
 
+import signal
+
 import pytest
 
-from wardex_desk import cli, command_line
+from wardex_desk import cli, command_line, scenario
 from wardex_desk.command_line import Request, parse
 from wardex_desk.deeds import WrongWords
 
@@ -91,3 +93,35 @@ def test_deed_without_a_device_ends_with_status_one(capsys, tmp_path):
 def test_help_ends_with_status_zero(capsys):
     assert cli.main(["--help"]) == 0
     assert capsys.readouterr().out == command_line.help_text() + "\n"
+
+
+@pytest.mark.parametrize(
+    "number, status",
+    [(signal.SIGINT, 0), (signal.SIGTERM, 143), (signal.SIGHUP, 129)],
+    ids=["ctrl-c", "sigterm", "sighup"],
+)
+def test_signal_ends_the_command_in_order(monkeypatch, number, status):
+    def live(_):
+        signal.raise_signal(number)
+
+    before = {end: signal.getsignal(end) for end in cli.ENDS}
+    monkeypatch.setattr(cli, "_put_on_desk", live)
+    try:
+        assert cli.main([]) == status
+        assert signal.getsignal(signal.SIGINT) == signal.SIG_IGN
+    finally:
+        for end, handler in before.items():
+            signal.signal(end, handler)
+
+
+def test_wrong_scenario_is_answered_with_the_right_ones(capsys):
+    assert cli.main(["--scenario", "hnag"]) == 2
+    said = capsys.readouterr().err
+    assert said.startswith("run: no scenario is called 'hnag': say one of healthy, hang, crash,")
+
+
+def test_list_names_every_scenario_with_a_line(capsys):
+    assert cli.main(["--list"]) == 0
+    lines = capsys.readouterr().out.splitlines()
+    assert [line.split()[0] for line in lines] == list(scenario.catalogue())
+    assert not [line for line in lines if len(line.split()) < 3]
