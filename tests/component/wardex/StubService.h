@@ -19,7 +19,7 @@ public:
         int pings{0};
         int destroyed{0};
         /// Done inside each ping, before the answer.
-        std::function<void()> onPing;
+        std::function<void()> onPing{};
 
         void answer(const QString& level)
         {
