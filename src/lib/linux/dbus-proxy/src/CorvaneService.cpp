@@ -1,5 +1,6 @@
 #include "dbus-proxy/CorvaneService.h"
 
+#include "BusPing.h"
 #include "PingLimits.h"
 
 #include "dbus-proxy/BusNames.h"
@@ -20,7 +21,7 @@ CorvaneService::~CorvaneService() = default;
 
 bool CorvaneService::isAlive(QString& runLevel)
 {
-    return m_proxy->doPing(runLevel).isValid();
+    return pingOverBus(*m_proxy, runLevel);
 }
 
 } // namespace orvo

@@ -1,5 +1,6 @@
 #include "dbus-proxy/PictorService.h"
 
+#include "BusPing.h"
 #include "PingLimits.h"
 
 #include "dbus-proxy/BusNames.h"
@@ -20,7 +21,7 @@ PictorService::~PictorService() = default;
 
 bool PictorService::isAlive(QString& runLevel)
 {
-    return m_proxy->doPing(runLevel).isValid();
+    return pingOverBus(*m_proxy, runLevel);
 }
 
 } // namespace orvo

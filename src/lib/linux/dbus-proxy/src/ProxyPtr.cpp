@@ -16,7 +16,7 @@ void ProxyRelease::operator()(QObject* proxy) const
         return;
     }
     // Never destroyed: services are, after the last of the statics that could own it.
-    static auto* const leftAlone = new std::vector<QObject*>;
+    static auto* leftAlone = new std::vector<QObject*>;
     leftAlone->push_back(proxy);
 }
 

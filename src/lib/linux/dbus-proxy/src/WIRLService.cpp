@@ -1,5 +1,6 @@
 #include "dbus-proxy/WIRLService.h"
 
+#include "BusPing.h"
 #include "PingLimits.h"
 
 #include "dbus-proxy/BusNames.h"
@@ -20,7 +21,7 @@ WIRLService::~WIRLService() = default;
 
 bool WIRLService::isAlive(QString& runLevel)
 {
-    return m_proxy->doPing(runLevel).isValid();
+    return pingOverBus(*m_proxy, runLevel);
 }
 
 } // namespace orvo
