@@ -41,7 +41,8 @@ function(wardex_add_pytest name)
     set(python /usr/bin/python3)
     set(claims ${PROJECT_SOURCE_DIR}/tests/support/pytest_claims.py)
     set(collected ${CMAKE_CURRENT_BINARY_DIR}/${name}_claims.cmake)
-    set(path PYTHONPATH=${PROJECT_SOURCE_DIR}/simulator PYTHONDONTWRITEBYTECODE=1)
+    set(path PYTHONPATH=${PROJECT_SOURCE_DIR}/simulator PYTHONDONTWRITEBYTECODE=1
+        PYTEST_DISABLE_PLUGIN_AUTOLOAD=1)
     add_custom_command(OUTPUT ${collected}
         COMMAND ${CMAKE_COMMAND} -E env ${path} ${python} ${claims} collect
             ${name} ${collected} ${ARG_LABEL} ${ARG_TIMEOUT} ${ARG_FOLDER}
@@ -56,4 +57,16 @@ function(wardex_add_pytest name)
         "if(EXISTS \"${collected}\")\n  include(\"${collected}\")\n"
         "else()\n  add_test(${name}_NOT_BUILT ${name}_NOT_BUILT)\nendif()\n")
     set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES ${included})
+endfunction()
+
+# wardex_one_device_at_a_time(TEST ...)
+#
+# Where the kernel offers no namespaces the device's box is the container itself, which has room for
+# one: these tests then run one after the other.
+function(wardex_one_device_at_a_time)
+    execute_process(COMMAND bwrap --unshare-pid --unshare-net --ro-bind / / true
+        RESULT_VARIABLE refused OUTPUT_QUIET ERROR_QUIET)
+    if(refused)
+        set_tests_properties(${ARGN} PROPERTIES RESOURCE_LOCK container)
+    endif()
 endfunction()

@@ -61,6 +61,10 @@ class Box(abc.ABC):
         """Ends everything inside at once, as when the mains plug is pulled."""
 
     @abc.abstractmethod
+    def give_back(self) -> None:
+        """Lets others have what the box needs; it is not started again. Idempotent."""
+
+    @abc.abstractmethod
     def supervisor_environment(self) -> Mapping[str, str]:
         """Variables that the supervisor needs to find this box's device."""
 

@@ -1,6 +1,7 @@
 """The box for a machine without namespaces: the container that we are in, if it is one."""
 
 import os
+import socket
 import subprocess
 import sys
 from typing import Mapping, Optional, Sequence
@@ -13,6 +14,8 @@ from wardex_desk.places import CONSOLE, DESK, PANIC_SETTING, SIMULATOR, WATCHDOG
 
 # The kernel gives the machine's own process list this number; a container has another.
 MACHINES_PROCESSES = "pid:[4026531836]"
+# Abstract, so that it leaves no file.
+TURN = "\0wardex-desk"
 PRELOAD = "libumockdev-preload.so.0"
 
 
@@ -30,6 +33,17 @@ def objection(processes: str, user: int, panic_can_be_written: bool) -> Optional
     return None
 
 
+def _take_turn() -> socket.socket:
+    """The sign of the one device in this container: a name that goes with its last holder."""
+    turn = socket.socket(socket.AF_UNIX)
+    try:
+        turn.bind(TURN)
+    except OSError:
+        turn.close()
+        raise BoxError("another device is in this container, which has room for one") from None
+    return turn
+
+
 class ContainerBox(Box):
     """The container itself as the box, for one device at a time.
 
@@ -44,7 +58,12 @@ class ContainerBox(Box):
         )
         if reason is not None:
             raise BoxError(reason)
-        FixedPaths(instance.folder).check()
+        self._turn: Optional[socket.socket] = _take_turn()
+        try:
+            FixedPaths(instance.folder).check()
+        except BoxError:
+            self.give_back()
+            raise
         self._instance = instance
         self._process: Optional["subprocess.Popen[bytes]"] = None
         node = instance.path(WATCHDOG_NODE)
@@ -61,7 +80,10 @@ class ContainerBox(Box):
             (desk / name).symlink_to(target)
 
     def start(self) -> None:
-        words = [sys.executable, "-S", "-m", "wardex_desk.reaper"]
+        assert self._turn is not None
+        # The reaper shares the turn: it may still tidy up when the driver has been killed.
+        turn = self._turn.fileno()
+        words = [sys.executable, "-S", "-m", "wardex_desk.reaper", str(turn)]
         with open(self._instance.path(CONSOLE), "ab") as console:
             self._process = subprocess.Popen(
                 [*words, str(self._instance.folder), self._watchdog],
@@ -72,6 +94,7 @@ class ContainerBox(Box):
                 cwd="/",
                 env=device_environment() | {"PYTHONPATH": str(SIMULATOR)},
                 start_new_session=True,
+                pass_fds=(turn,),
             )
 
     def wait(self) -> int:
@@ -81,6 +104,11 @@ class ContainerBox(Box):
     def end(self) -> None:
         if self._process is not None and self._process.stdin is not None:
             self._process.stdin.close()
+
+    def give_back(self) -> None:
+        if self._turn is not None:
+            self._turn.close()
+            self._turn = None
 
     def supervisor_environment(self) -> Mapping[str, str]:
         sanitizer = os.environ.get("ASAN_OPTIONS", "")

@@ -124,6 +124,7 @@ class Device(Controls):
         if self._mains is not None:
             self._mains.join()
             self._mains = None
+        self._box.give_back()
         for folder in ("/tmp", DESK_STATE, "/run/dbus"):
             if self.instance.path(folder).is_dir():
                 self.instance.empty(folder)

@@ -128,6 +128,9 @@ class NamespaceBox(Box):
             except ProcessLookupError:
                 pass
 
+    def give_back(self) -> None:
+        pass
+
     def supervisor_environment(self) -> Mapping[str, str]:
         return {}
 

@@ -1,9 +1,10 @@
 """First process of a device that has no process list of its own: python3 -m wardex_desk.reaper.
 
-    reaper FOLDER [watchdog]
+    reaper TURN FOLDER [watchdog]
 
 lays the device's paths, runs the boot program, buries what its programs leave, and at the end
 (the boot program's, or the driver's, which holds the standard input open) takes everything away.
+TURN is a descriptor that shows the container as taken for as long as we live.
 Exit status: the boot program's.
 """
 
@@ -65,8 +66,9 @@ def _end_with_driver(process: int) -> None:
         pass
 
 
-def main(folder: Path, watchdog: bool) -> int:
+def main(turn: int, folder: Path, watchdog: bool) -> int:
     """Runs one boot of the device in that instance folder."""
+    os.set_inheritable(turn, False)
     ctypes.CDLL(None, use_errno=True).prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0)
     paths = FixedPaths(folder)
     try:
@@ -85,8 +87,8 @@ def main(folder: Path, watchdog: bool) -> int:
     return status
 
 
-def _words(arguments: Sequence[str]) -> tuple[Path, bool]:
-    return Path(arguments[0]), "watchdog" in arguments[1:]
+def _words(arguments: Sequence[str]) -> tuple[int, Path, bool]:
+    return int(arguments[0]), Path(arguments[1]), "watchdog" in arguments[2:]
 
 
 if __name__ == "__main__":

@@ -11,6 +11,7 @@ from wardex_desk.box import BoxError, Programs
 from wardex_desk.device import Device
 from wardex_desk.firmware import Plan
 from wardex_desk.instance import Instance
+from wardex_desk.namespace_box import NamespaceBox
 
 # Opens the watchdog, feeds it for as long as the file is there, and goes on living.
 SUPERVISOR = """#!/usr/bin/python3 -S
@@ -49,7 +50,7 @@ def put_on_desk(home, programs):
 
     def make(name="camera", **plan):
         try:
-            device = Device(Instance(name, home), Plan(**plan), programs)
+            device = Device(Instance(name, home), Plan(**plan), programs, NamespaceBox)
         except BoxError as error:
             pytest.skip(str(error))
         devices.append(device)

@@ -151,6 +151,27 @@ print(left())
     assert inside(program) == ["True", "[]"]
 
 
+def test_second_device_in_a_container_is_refused_until_the_first_is_off(inside):
+    program = """
+def second():
+    programs = Programs(Path(os.environ["WARDEX_BIN"]), Path("/home/supervisor"))
+    return Device(Instance("second", Path("/home/desk")), Plan(), programs)
+with make() as device:
+    device.power_on()
+    try:
+        second()
+    except BoxError as error:
+        print(error)
+    print(device.run("readlink", "/log")[1].strip())
+with second() as device:
+    device.power_on()
+    print(device.run("readlink", "/log")[1].strip())
+"""
+    said = inside(program)
+    assert said[-3].endswith("another device is in this container, which has room for one")
+    assert said[-2:] == ["/home/desk/camera/log", "/home/desk/second/log"]
+
+
 def test_path_of_somebody_else_refuses_the_device(inside):
     program = """
 Path("/tmp/redis.sock").write_text("mine")
