@@ -120,6 +120,9 @@ int RedisLogger::RedisLoggerPimpl::applyConfiguration(const char* text, bool ann
     {
     case ConfigVerdict::NotJson:
         std::printf("Received no valid JSON config?! (%s)\n", text);
+        // Under the init system standard output is a file: who sent the text must see this now, and
+        // a daemon that a signal ends never writes what is still buffered.
+        std::fflush(stdout);
         return 0;
     case ConfigVerdict::Ignored:
         return 0;

@@ -114,13 +114,18 @@ class Camera(Device):
     # The bus.
 
     def call(self, method, *arguments):
-        """Calls the supervisor's method, or pings another name with "com.orvo.pictor.doPing"."""
+        """Calls the supervisor's method; its status and the texts after it."""
         words = ("dbus-send", "--system", "--print-reply", "--dest=com.orvo.wardex", "/")
         status, output = self.run(*words, f"com.orvo.wardex.{method}", *arguments)
         assert status == 0, output
         code = re.search(r"int32 (-?\d+)", output)
         texts = re.findall(r'^ *string "(.*)"$', output, re.MULTILINE)
         return Answer(int(code[1]), texts[0], tuple(texts[1:]))
+
+    def send(self, method, *arguments):
+        """Calls the supervisor's method and does not wait for the answer."""
+        words = ("dbus-send", "--system", "--type=method_call", "--dest=com.orvo.wardex", "/")
+        self.run(*words, f"com.orvo.wardex.{method}", *arguments)
 
     def await_bus_name(self):
         """Waits until the supervisor can be called."""
