@@ -51,7 +51,7 @@ std::string frame(const std::string& name)
         }
         else if (kind != "#")
         {
-            throw std::runtime_error("frame " + name + ": " + line);
+            throw std::runtime_error(std::string("frame ").append(name).append(": ").append(line));
         }
     }
     return bytes;

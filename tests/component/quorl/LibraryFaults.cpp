@@ -48,7 +48,7 @@ std::size_t limited(std::size_t size)
 extern "C" int connect(int socket, const sockaddr* address, socklen_t length)
 {
     using Connect = int (*)(int, const sockaddr*, socklen_t);
-    static const auto original = reinterpret_cast<Connect>(dlsym(RTLD_NEXT, "connect"));
+    static auto original = reinterpret_cast<Connect>(dlsym(RTLD_NEXT, "connect"));
     const int result = original(socket, address, length);
     const auto& afterConnect = orvo::test::libraryFaults().afterConnect;
     if (result == 0 && afterConnect)
@@ -75,7 +75,7 @@ extern "C" ssize_t recv(int socket, void* data, size_t size, int flags)
 extern "C" char* strndup(const char* text, size_t size) noexcept
 {
     using Strndup = char* (*)(const char*, size_t);
-    static const auto original = reinterpret_cast<Strndup>(dlsym(RTLD_NEXT, "strndup"));
+    static auto original = reinterpret_cast<Strndup>(dlsym(RTLD_NEXT, "strndup"));
     if (orvo::test::libraryFaults().noMemoryForTexts)
     {
         errno = ENOMEM;

@@ -17,7 +17,7 @@ protected:
     void SetUp() override
     {
         // As long as the test program, for the log facade connects once.
-        static const LoggedDevice device;
+        static LoggedDevice device;
         m_log.clear();
     }
     void TearDown() override { libraryFaults() = LibraryFaults(); }

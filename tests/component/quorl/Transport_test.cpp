@@ -14,6 +14,7 @@
 #include <sys/resource.h>
 
 /// A sanitizer answers an impossible allocation as the C library does.
+/// The sanitizer prescribes the name. NOLINTNEXTLINE(readability-identifier-naming)
 extern "C" const char* __asan_default_options()
 {
     return "allocator_may_return_null=1";
@@ -190,8 +191,10 @@ TEST_F(QuorlTransport, ServesSeveralThreadsAtATime)
 {
     test::QuorlServer server;
     server.answers("okay");
+    constexpr int kCallers = 8;
     std::vector<std::future<std::string>> replies;
-    for (int i = 0; i < 8; ++i)
+    replies.reserve(kCallers);
+    for (int i = 0; i < kCallers; ++i)
     {
         replies.push_back(std::async(std::launch::async, [] { return ask(4); }));
     }
