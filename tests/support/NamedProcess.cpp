@@ -15,7 +15,7 @@ namespace
 std::string programNamed(const std::string& name)
 {
     requireBox();
-    const std::string path = "/tmp/" + name;
+    std::string path = "/tmp/" + name;
     std::filesystem::remove(path);
     std::filesystem::create_symlink("/usr/bin/sleep", path);
     return path;

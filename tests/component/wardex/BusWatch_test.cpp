@@ -74,6 +74,8 @@ TEST_F(BusWatch, DoesNotSeeAnyOtherService)
 TEST_F(BusWatch, TellsOnlyChanges)
 {
     const test::SimulatedService pictor(kPictor);
+    ASSERT_TRUE(runUntilLogged("TRACE DBus service com.orvo.pictor available"));
+    ASSERT_TRUE(m_info.unregisterService(kPictor));
     m_supervisor.reset();
     m_supervisor = std::make_unique<DbusCmd>(&m_info, &m_logger);
     const test::SimulatedService vistor(kVistor);

@@ -26,7 +26,7 @@ protected:
     /// Enters a service under a fresh name.
     QString add(int pingTimeoutMs = 1000)
     {
-        const QString name = freshBusName();
+        QString name = freshBusName();
         ServiceInfo::addService(name, service(pingTimeoutMs));
         return name;
     }

@@ -17,7 +17,6 @@ namespace
 {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 using Message = test::SyslogCapture::Message;
 
 constexpr std::size_t kLongest = 511;

@@ -67,11 +67,23 @@ int watchdogDescriptor()
     return -1;
 }
 
-void makeOpeningFail()
+/// While it lives, no further file can be opened.
+class NoFurtherFile
 {
-    const rlimit noFurtherFile{0, 0};
-    ASSERT_EQ(0, setrlimit(RLIMIT_NOFILE, &noFurtherFile));
-}
+public:
+    NoFurtherFile()
+    {
+        getrlimit(RLIMIT_NOFILE, &m_before);
+        const rlimit none{0, m_before.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &none);
+    }
+    ~NoFurtherFile() { setrlimit(RLIMIT_NOFILE, &m_before); }
+    NoFurtherFile(const NoFurtherFile&) = delete;
+    NoFurtherFile& operator=(const NoFurtherFile&) = delete;
+
+private:
+    rlimit m_before{};
+};
 
 } // namespace
 
@@ -161,7 +173,10 @@ TEST(Watchdog, CannotBeFedWhenTheNodeCouldNotBeOpened)
     inOwnProcess(
         []
         {
-            makeOpeningFail();
+            {
+                const NoFurtherFile limit;
+                Watchdog::instance();
+            }
             Watchdog& watchdog = Watchdog::instance();
             ASSERT_EQ(1U, g_driverCalls.size());
             EXPECT_EQ(-1, g_driverCalls[0].descriptor);

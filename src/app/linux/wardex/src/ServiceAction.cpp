@@ -86,7 +86,7 @@ void ServiceAction::restartSystem(bool developerMode)
     runInShell(kRebootCommand);
     for (;;)
     {
-        sleep(kRebootNapSeconds);
+        sleep(kRebootNapSeconds); // NOLINT(concurrency-mt-unsafe): SIGALRM is not used
     }
 }
 

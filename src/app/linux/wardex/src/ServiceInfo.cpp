@@ -100,9 +100,9 @@ bool ServiceInfo::isProcessRunning(const QString& processName)
                       qPrintable(processList.err));
         return false;
     }
-    static const QRegularExpression whiteSpace(QStringLiteral("\\s+"),
-                                               QRegularExpression::UseUnicodePropertiesOption);
-    return processList.out.split(whiteSpace).contains(processName, Qt::CaseSensitive);
+    static const QRegularExpression kWhiteSpace(QStringLiteral("\\s+"),
+                                                QRegularExpression::UseUnicodePropertiesOption);
+    return processList.out.split(kWhiteSpace).contains(processName, Qt::CaseSensitive);
 }
 
 bool ServiceInfo::registerService(const QString& name)
