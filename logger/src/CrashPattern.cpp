@@ -25,6 +25,35 @@ std::size_t lookaheadsIn(const std::string& pattern)
     return count;
 }
 
+bool isDigit(char byte)
+{
+    return byte >= '0' && byte <= '9';
+}
+
+/// Whether a number that the standard library would read, as in "{10}", "{1,10}" or "\\10", has too
+/// many digits: it does not look whether they fit its word.
+bool hasHugeNumber(const std::string& pattern)
+{
+    char context = '\0'; // what stands before the digits
+    std::size_t digits = 0;
+    for (const char byte : pattern)
+    {
+        if (isDigit(byte))
+        {
+            ++digits;
+            if (digits > kCrashPatternDigits && (context == '{' || context == '\\'))
+            {
+                return true;
+            }
+            continue;
+        }
+        const bool isUpperBound = byte == ',' && context == '{' && digits > 0;
+        context = isUpperBound ? '{' : byte;
+        digits = 0;
+    }
+    return false;
+}
+
 } // namespace
 
 CrashVerdict tryCrashPattern(const std::string& pattern, std::string_view message,
@@ -38,6 +67,11 @@ CrashVerdict tryCrashPattern(const std::string& pattern, std::string_view messag
     if (lookaheadsIn(pattern) > kCrashPatternLookaheads)
     {
         reason = "more look-aheads than " + std::to_string(kCrashPatternLookaheads);
+        return CrashVerdict::Unusable;
+    }
+    if (hasHugeNumber(pattern))
+    {
+        reason = "a number of more than " + std::to_string(kCrashPatternDigits) + " digits";
         return CrashVerdict::Unusable;
     }
     try

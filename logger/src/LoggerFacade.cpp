@@ -33,8 +33,8 @@ struct Facade
 /// Never destroyed: a destructor at process exit may still want to tell something.
 Facade& facade()
 {
-    static auto* g_facade = new Facade;
-    return *g_facade;
+    static auto* immortal = new Facade;
+    return *immortal;
 }
 
 std::shared_ptr<RedisLogger> currentInstance()
@@ -101,7 +101,8 @@ int loggerInit()
     switch (facade().mode)
     {
     case LoggerSyslog:
-        setlogmask(kAllPriorities);
+        // Nothing else in the process sets the mask.
+        setlogmask(kAllPriorities); // NOLINT(concurrency-mt-unsafe)
         openlog(program_invocation_short_name, LOG_PID | LOG_CONS | LOG_NDELAY | LOG_PERROR,
                 LOG_LOCAL1);
         break;

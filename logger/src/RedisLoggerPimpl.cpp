@@ -86,7 +86,7 @@ int RedisLogger::RedisLoggerPimpl::pushRecord(std::uint32_t level, std::string_v
 
 void RedisLogger::RedisLoggerPimpl::applyCrashRule(std::string_view message)
 {
-    if (m_settings.segvRegex.empty())
+    if (m_settings.segvRegex.empty() || m_isPatternUnusable)
     {
         return;
     }
@@ -103,12 +103,12 @@ void RedisLogger::RedisLoggerPimpl::applyCrashRule(std::string_view message)
         std::raise(SIGSEGV);
         break;
     case CrashVerdict::Unusable:
-        if (!m_isPatternReported && LoggerProcess::instance().isNewComplaint(m_settings.segvRegex))
+        if (LoggerProcess::instance().isNewComplaint(m_settings.segvRegex))
         {
             std::fprintf(stderr, "redisPushLog: segvregex(%s) matches nothing: %s\n",
                          m_settings.segvRegex.c_str(), reason.c_str());
         }
-        m_isPatternReported = true;
+        m_isPatternUnusable = true;
         break;
     }
 }
@@ -129,7 +129,7 @@ int RedisLogger::RedisLoggerPimpl::applyConfiguration(const char* text, bool ann
     case ConfigVerdict::Taken:
         break;
     }
-    m_isPatternReported = m_isPatternReported && formerPattern == m_settings.segvRegex;
+    m_isPatternUnusable = m_isPatternUnusable && formerPattern == m_settings.segvRegex;
     if (announce)
     {
         announceConfiguration();

@@ -60,7 +60,8 @@ private:
     const int m_pid;
     const std::string m_listKey;
     LogSettings m_settings;
-    bool m_isPatternReported{false};
+    /// Known from its first use on; it is then told and not tried again.
+    bool m_isPatternUnusable{false};
 };
 
 } // namespace orvo::Logger

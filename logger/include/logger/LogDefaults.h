@@ -48,6 +48,8 @@ inline constexpr std::size_t kFilterScriptCapacity = 4096;
 inline constexpr std::size_t kCrashPatternCapacity = 1000;
 /// Look-aheads in one pattern; each one more multiplies the time of a match by the message length.
 inline constexpr std::size_t kCrashPatternLookaheads = 1;
+/// Digits of a repetition count or of a back-reference's number.
+inline constexpr std::size_t kCrashPatternDigits = 4;
 
 // --- configuration thread ---
 

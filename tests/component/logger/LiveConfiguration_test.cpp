@@ -1,7 +1,6 @@
+#include "Eventually.h"
 #include "LogDevice.h"
 #include "StreamCapture.h"
-
-#include "Eventually.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

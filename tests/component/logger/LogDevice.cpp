@@ -1,5 +1,4 @@
 #include "LogDevice.h"
-
 #include "Eventually.h"
 
 #include <algorithm>

@@ -30,7 +30,7 @@ protected:
     {
         loggerShutdown();
         loggerSetMode(LoggerStdout);
-        setlogmask(LOG_UPTO(LOG_DEBUG));
+        setlogmask(LOG_UPTO(LOG_DEBUG)); // NOLINT(concurrency-mt-unsafe)
     }
     void select(int mode)
     {
@@ -117,7 +117,7 @@ TEST_F(LoggerFacade, WritesToSyslogWithThePriorityOfTheLevel)
 TEST_F(LoggerFacade, OpensSyslogWithTheProgramsNameAndProcessAndACopyOnStandardError)
 {
     const test::StreamCapture errors(STDERR_FILENO);
-    setlogmask(LOG_MASK(LOG_EMERG));
+    setlogmask(LOG_MASK(LOG_EMERG)); // NOLINT(concurrency-mt-unsafe)
     select(LoggerSyslog);
     loggerWrite(LoggerDebug, "one");
     const std::string origin =

@@ -1,8 +1,7 @@
+#include "Eventually.h"
 #include "LogDevice.h"
 #include "ScriptedRedis.h"
 #include "StreamCapture.h"
-
-#include "Eventually.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -15,7 +14,6 @@
 namespace orvo::Logger
 {
 
-using testing::Eq;
 using testing::MatchesRegex;
 
 namespace

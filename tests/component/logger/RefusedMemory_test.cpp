@@ -69,7 +69,7 @@ protected:
         refusedCommand() = command;
         EXPECT_EQ(-1, m_logger.log(WARN, "one"));
         refusedCommand().clear();
-        const std::string first = errors.text();
+        std::string first = errors.text();
         EXPECT_EQ(-1, m_logger.log(WARN, "two"));
         EXPECT_EQ(first + "REDIS NOT CONNECTED !n", errors.text());
         return first;
