@@ -250,6 +250,15 @@ TEST_F(SuprSMTransition, StopsThePingsOfTheStateThatWasLeft)
     EXPECT_EQ(1, pingsIn(kPictorIntervalMs));
 }
 
+TEST_F(SuprSMTransition, LeavesNoActiveStateBehindAnExit)
+{
+    SupervisedDevice::activeState(kPictor).exit();
+    EXPECT_EQ("none", SupervisedDevice::stateOf(kPictor));
+    EXPECT_FALSE(SuprSM::restartTimer(kPictor, 100));
+    EXPECT_EQ(0, pingsIn(5 * kPictorIntervalMs));
+    EXPECT_THAT(m_device.newRecords(), ElementsAre("TRACE SuprStarting::exit (com.orvo.pictor)"));
+}
+
 TEST_F(SuprSMTransition, EndsWithoutAnExitWhenTheMachineIsTornDown)
 {
     {
