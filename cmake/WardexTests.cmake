@@ -26,13 +26,18 @@ function(wardex_add_test name)
     gtest_discover_tests(${name} TEST_PREFIX "${name}/" PROPERTIES ${properties} DISCOVERY_TIMEOUT 30)
 endfunction()
 
-# wardex_add_pytest(NAME LABEL unit|component|system FOLDER dir [TIMEOUT s])
+# wardex_add_pytest(NAME LABEL unit|component|system FOLDER dir [BY_FILE] [TIMEOUT s])
 #
-# The test_*.py of a folder; each of their claims becomes a test of its own in ctest, and a claim
-# that pytest skips is Skipped there too. They import the simulator's package, and find the built
+# The test_*.py of a folder; each of their claims becomes a test of its own in ctest (with BY_FILE
+# those of a file together: starting Python costs more than a small claim), and what pytest skips is
+# Skipped there too. They import the simulator's package, and find the built
 # programs in the folder that WARDEX_BIN names.
 function(wardex_add_pytest name)
-    cmake_parse_arguments(ARG "" "LABEL;FOLDER;TIMEOUT" "" ${ARGN})
+    cmake_parse_arguments(ARG "BY_FILE" "LABEL;FOLDER;TIMEOUT" "" ${ARGN})
+    set(unit claim)
+    if(ARG_BY_FILE)
+        set(unit file)
+    endif()
     if(NOT ARG_TIMEOUT)
         set(ARG_TIMEOUT 60)
     endif()
@@ -45,7 +50,7 @@ function(wardex_add_pytest name)
         PYTEST_DISABLE_PLUGIN_AUTOLOAD=1)
     add_custom_command(OUTPUT ${collected}
         COMMAND ${CMAKE_COMMAND} -E env ${path} ${python} ${claims} collect
-            ${name} ${collected} ${ARG_LABEL} ${ARG_TIMEOUT} ${ARG_FOLDER}
+            ${name} ${collected} ${ARG_LABEL} ${ARG_TIMEOUT} ${ARG_FOLDER} ${unit}
         DEPENDS ${files} ${simulator} ${claims}
         COMMENT "Collecting the claims of ${name}")
     add_custom_target(${name} ALL DEPENDS ${collected})

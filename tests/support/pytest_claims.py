@@ -1,8 +1,9 @@
 #!/usr/bin/python3
-"""Makes every claim of a pytest file a test of its own in ctest.
+"""Makes the claims of pytest files tests of ctest: each one by itself, or a file's together.
 
-    pytest_claims.py collect NAME OUTPUT LABEL TIMEOUT FOLDER   writes add_test() calls for ctest
-    pytest_claims.py run CLAIM                                  runs one claim of them
+    pytest_claims.py collect NAME OUTPUT LABEL TIMEOUT FOLDER claim|file
+                                writes add_test() calls for ctest
+    pytest_claims.py run CLAIM  runs one claim, or a file of them
 
 Exit status of a run: pytest's own, or 77 when the claim was skipped, which ctest shows as Skipped.
 """
@@ -35,7 +36,7 @@ class Claims:
             self.outcomes.add(report.outcome)
 
 
-def collect(name, output, label, timeout, folder):
+def collect(name, output, label, timeout, folder, unit):
     """Writes the file that ctest includes; the exit status is pytest's."""
     claims = Claims()
     words = io.StringIO()
@@ -46,9 +47,14 @@ def collect(name, output, label, timeout, folder):
     if status not in (0, NOTHING_COLLECTED):
         return status
     lines = []
-    for claim in claims.found:
+    found = claims.found
+    if unit == "file":
+        found = list(dict.fromkeys(claim.partition("::")[0] for claim in found))
+    for claim in found:
         path, _, words = claim.partition("::")
-        title = f"{name}/{Path(path).stem.removeprefix('test_')}.{words.replace('::', '.')}"
+        title = f"{name}/{Path(path).stem.removeprefix('test_')}"
+        if words:
+            title += f".{words.replace('::', '.')}"
         lines.append(
             f'add_test([==[{title}]==] "{sys.executable}" "{__file__}" run [==[{claim}]==])'
         )
