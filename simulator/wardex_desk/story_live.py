@@ -6,6 +6,7 @@ from collections.abc import Callable
 from typing import TextIO
 
 from wardex_desk.device import Device
+from wardex_desk.instance import DEFAULT_NAME
 from wardex_desk.scenarios_stage import LOOK_S, Stage
 from wardex_desk.sources import EventStream
 from wardex_desk.story import Story
@@ -21,7 +22,12 @@ def follow(device: Device, stream: TextIO, stop: Callable[[], bool]) -> None:
     printer = Printer(stream)
     stage = Stage(device, EventStream(device.instance.folder), Story(), printer)
     printer.hint(f"A {device.plan.family} device is on the desk; Ctrl-C takes it away again.")
-    printer.hint("From another terminal: ./run do pictor hang, ./run sh, ./run logs, ./run --help")
+    name = device.instance.name
+    which = "" if name == DEFAULT_NAME else f" --name {name}"
+    printer.hint(
+        f"From another terminal: ./run do pictor hang{which}, ./run sh{which}, ./run logs{which},"
+        " ./run --help"
+    )
     try:
         while device.is_on() and not stop():
             stage.look()
