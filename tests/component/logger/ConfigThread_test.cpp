@@ -116,6 +116,29 @@ TEST_F(ConfigurationThread, IsJoinedWithoutKeepingOthersFromLogging)
     EXPECT_EQ(3, next->log(DEBUG, "two"));
 }
 
+// For up to a second both listen; the loggers must hear from one of them only.
+TEST_F(ConfigurationThread, LeavesTheLoggersToItsSuccessorWhileItEnds)
+{
+    auto current = makeLogger();
+    ASSERT_TRUE(test::eventually([this] { return subscribers() == 1; }));
+    bool haveBothListened = false;
+    for (int attempt = 0; attempt < 10 && !haveBothListened; ++attempt)
+    {
+        std::thread ending([last = std::move(current)]() mutable { last.reset(); });
+        // Time for the other thread to take the lock first; if it does not, the next attempt may.
+        m_client.command({"PING"});
+        current = makeLogger("next");
+        haveBothListened = test::eventually([this] { return subscribers() == 2; }, 200);
+        if (haveBothListened)
+        {
+            configure(R"({"source":"all"})");
+        }
+        ending.join();
+    }
+    EXPECT_TRUE(haveBothListened);
+    EXPECT_EQ(1U, announcements().size());
+}
+
 TEST_F(ConfigurationThread, EndsWhileConfigurationsPourIn)
 {
     std::atomic<bool> isOver{false};
