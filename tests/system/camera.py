@@ -48,8 +48,14 @@ class Camera(Device):
         return [record.text for record in self.records(*levels)]
 
     def complaints(self):
-        """What stands out at the default mask: WARN and above."""
-        return [(record.level, record.text) for record in self.records() if is_complaint(record)]
+        """What stands out at the default mask, WARN and above.
+
+        Without what the kernel refuses the supervisor of a user who is not root.
+        """
+        found = [(record.level, record.text) for record in self.records() if is_complaint(record)]
+        if not self.shortcomings():
+            return found
+        return [(level, text) for level, text in found if not is_refusal(text)]
 
     def await_text(self, text, times=1):
         """Waits until the records have said this so many times."""
@@ -149,6 +155,11 @@ class Camera(Device):
 def is_complaint(record):
     """Whether a record passes the default mask."""
     return record.is_at_least("WARN")
+
+
+def is_refusal(said):
+    """Whether this is what the supervisor says when the kernel refuses it a real-time duty."""
+    return said.startswith(("sched_setscheduler() failed: (", "mlockall() failed: ("))
 
 
 def text(value):

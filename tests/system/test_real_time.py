@@ -3,7 +3,7 @@
 import re
 
 import pytest
-from camera import WARDEX
+from camera import WARDEX, is_refusal
 
 PANIC_SETTING = "/proc/sys/kernel/panic"
 NO_SCHEDULING = "sched_setscheduler() failed: (Operation not permitted)"
@@ -60,7 +60,7 @@ def locked_kb(camera):
 
 def refusals(camera):
     """The warnings about it."""
-    return [text for text in camera.texts("WARN") if " failed: (" in text]
+    return [text for text in camera.texts("WARN") if is_refusal(text)]
 
 
 def test_only_the_main_thread_becomes_a_real_time_one(privileged):
