@@ -16,7 +16,9 @@ def first_text(camera):
     return camera.await_true(camera.texts, "a record")[0]
 
 
-@pytest.mark.parametrize("markers", [(ETC,), (SYSDATA,), (ETC, SYSDATA)], ids=len)
+@pytest.mark.parametrize(
+    "markers", [(ETC,), (SYSDATA,), (ETC, SYSDATA)], ids=["etc", "sysdata", "both"]
+)
 def test_each_marker_and_both_switch_it_on(put_on_desk, markers):
     camera = put_on_desk()
     for marker in markers:

@@ -163,7 +163,10 @@ def test_own_source_and_own_process_are_meant(quiet):
         "255",
         '"all"',
     ],
-    ids=str,
+    ids=[
+        *("other source", "source in capitals", "no source", "source is a number"),
+        *("other process", "own source of another process", "array", "number", "text"),
+    ],
 )
 def test_configuration_for_others_or_for_nobody_is_ignored(quiet, foreign):
     camera = quiet()
