@@ -24,9 +24,12 @@ function(wardex_add_library name)
     add_library(${name} STATIC ${ARG_SOURCES})
     set_target_properties(${name} PROPERTIES AUTOMOC ${ARG_MOC})
     if(ARG_PUBLIC_INCLUDE)
-        target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/${ARG_PUBLIC_INCLUDE})
+        target_include_directories(${name} PUBLIC
+            $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/${ARG_PUBLIC_INCLUDE}>)
     endif()
-    target_link_libraries(${name} PUBLIC ${ARG_LINKS} PRIVATE ${ARG_PRIVATE_LINKS} wardex_compile_options)
+    # Our warnings are no business of a program that links an installed library.
+    target_link_libraries(${name} PUBLIC ${ARG_LINKS}
+        PRIVATE ${ARG_PRIVATE_LINKS} $<BUILD_INTERFACE:wardex_compile_options>)
 endfunction()
 
 # wardex_add_executable(NAME SOURCES ... [LINKS ...] [MOC])
