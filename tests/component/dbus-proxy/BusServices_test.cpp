@@ -10,6 +10,8 @@
 
 #include <QDBusVariant>
 
+#include <sys/resource.h>
+
 namespace orvo
 {
 
@@ -62,6 +64,13 @@ struct Supervised
     test::SimulatedService peer;
     Service service{QStringLiteral("name"), QStringLiteral("/script")};
 };
+
+long timesThisThreadHasSlept()
+{
+    rusage usage{};
+    getrusage(RUSAGE_THREAD, &usage);
+    return usage.ru_nvcsw;
+}
 
 const Answer kUp{true, QStringLiteral("up")};
 const Answer kDead{false, kUntouched};
@@ -132,6 +141,16 @@ TEST(PictorService, IsDeadWhenTheAnswerTakes1500Ms)
     Supervised<PictorService> pictor(kPictorBusName);
     pictor.peer.answersAfter(1500);
     EXPECT_EQ(kDead, pictor.ping());
+}
+
+// The thread that waits has real-time priority: each time it wakes it holds up the camera.
+TEST(PictorService, LeavesTheProcessorAloneWhileNoAnswerComes)
+{
+    Supervised<PictorService> pictor(kPictorBusName);
+    pictor.peer.staysSilent();
+    const long before = timesThisThreadHasSlept();
+    EXPECT_EQ(kDead, pictor.ping());
+    EXPECT_GT(300, timesThisThreadHasSlept() - before);
 }
 
 TEST(WIRLService, IsDeadWhenTheAnswerTakes1500Ms)

@@ -9,14 +9,18 @@
 #include <QDBusReply>
 #include <QThread>
 
+#include <algorithm>
+
 namespace orvo
 {
 
 namespace
 {
 
-/// Between two looks for the answer; a healthy service answers within one or two.
-constexpr unsigned long kLookIntervalUs = 500;
+/// Between two looks for the answer: a healthy service answers within the first few, and a hung one
+/// is not worth the processor time of its whole time-out.
+constexpr unsigned long kFirstLookIntervalUs = 250;
+constexpr unsigned long kLongestLookIntervalUs = 8000;
 
 /// The reply to a call, or an invalid message when the bus has ended.
 ///
@@ -24,13 +28,15 @@ constexpr unsigned long kLookIntervalUs = 500;
 /// the connection. It would hold the supervisor until the watchdog resets the device.
 QDBusMessage waitForReply(const QDBusPendingCall& call, const QDBusConnection& bus)
 {
+    unsigned long intervalUs = kFirstLookIntervalUs;
     while (!call.isFinished())
     {
         if (!bus.isConnected())
         {
             return {};
         }
-        QThread::usleep(kLookIntervalUs);
+        QThread::usleep(intervalUs);
+        intervalUs = std::min(2 * intervalUs, kLongestLookIntervalUs);
     }
     return call.reply();
 }
