@@ -7,9 +7,10 @@
 #include <QDBusMessage>
 #include <QDBusPendingCall>
 #include <QDBusReply>
-#include <QThread>
 
 #include <algorithm>
+#include <chrono>
+#include <thread>
 
 namespace orvo
 {
@@ -19,24 +20,32 @@ namespace
 
 /// Between two looks for the answer: a healthy service answers within the first few, and a hung one
 /// is not worth the processor time of its whole time-out.
-constexpr unsigned long kFirstLookIntervalUs = 250;
-constexpr unsigned long kLongestLookIntervalUs = 8000;
+constexpr std::chrono::microseconds kFirstLookInterval{250};
+constexpr std::chrono::microseconds kLongestLookInterval{8000};
 
-/// The reply to a call, or an invalid message when the bus has ended.
+/// The bus library's own time-out comes up to a twentieth early; the call is given this many times
+/// the service's, and the end of the wait is told by the clock.
+constexpr int kLibraryTimeoutFactor = 2;
+
+/// The reply to a call, or an invalid message when time is up or the bus has ended.
 ///
 /// Qt's own blocking call never returns when the bus crashes while it waits: the time-out ends with
 /// the connection. It would hold the supervisor until the watchdog resets the device.
-QDBusMessage waitForReply(const QDBusPendingCall& call, const QDBusConnection& bus)
+QDBusMessage waitForReply(const QDBusPendingCall& call, const QDBusConnection& bus,
+                          std::chrono::milliseconds timeout)
 {
-    unsigned long intervalUs = kFirstLookIntervalUs;
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point end = Clock::now() + timeout;
+    Clock::duration interval = kFirstLookInterval;
     while (!call.isFinished())
     {
-        if (!bus.isConnected())
+        const Clock::time_point now = Clock::now();
+        if (now >= end || !bus.isConnected())
         {
             return {};
         }
-        QThread::usleep(intervalUs);
-        intervalUs = std::min(2 * intervalUs, kLongestLookIntervalUs);
+        std::this_thread::sleep_for(std::min(interval, end - now));
+        interval = std::min<Clock::duration>(2 * interval, kLongestLookInterval);
     }
     return call.reply();
 }
@@ -45,8 +54,12 @@ QDBusMessage waitForReply(const QDBusPendingCall& call, const QDBusConnection& b
 
 bool pingOverBus(QDBusAbstractInterface& proxy, QString& runLevel)
 {
+    const QDBusConnection bus = proxy.connection();
+    const QDBusMessage ping = QDBusMessage::createMethodCall(
+        proxy.service(), proxy.path(), proxy.interface(), QStringLiteral("doPing"));
     const QDBusMessage message =
-        waitForReply(proxy.asyncCall(QStringLiteral("doPing")), proxy.connection());
+        waitForReply(bus.asyncCall(ping, kLibraryTimeoutFactor * proxy.timeout()), bus,
+                     std::chrono::milliseconds(proxy.timeout()));
     const QVariantList values = message.arguments();
     if (message.type() == QDBusMessage::ReplyMessage && values.count() == 2)
     {
