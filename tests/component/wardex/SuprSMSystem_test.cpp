@@ -128,6 +128,12 @@ TEST_F(FieldDevice, TicksOnceASecond)
     EXPECT_EQ("SuprUnstableSystem", m_device.state());
 }
 
+// In virtual time every timer is exact, whatever it asks for.
+TEST_F(RebootingFieldDevice, TicksByAnExactTimer)
+{
+    EXPECT_EQ(Qt::PreciseTimer, m_state.findChild<QTimer*>()->timerType());
+}
+
 TEST_F(FieldDevice, LogsItsFirstState)
 {
     EXPECT_THAT(m_device.newRecords(), ElementsAre("TRACE SuprStartingSystem::entry"));

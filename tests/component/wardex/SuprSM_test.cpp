@@ -132,6 +132,13 @@ TEST_F(SupervisedService, IsPingedAfterItsIntervalAndNotBefore)
     EXPECT_EQ(1, pingsIn(1));
 }
 
+// In virtual time every timer is exact, whatever it asks for.
+TEST_F(SupervisedService, IsPingedByAnExactTimer)
+{
+    EXPECT_EQ(Qt::PreciseTimer,
+              SupervisedDevice::activeState(kPictor).findChild<QTimer*>()->timerType());
+}
+
 TEST_F(SupervisedService, IsPingedAtItsOwnIntervalInEveryState)
 {
     m_device.supervise(kVistor);

@@ -15,6 +15,8 @@ SuprState::SuprState(const SupervisionContext* context, SuprSM* machine, SuprSMS
     : m_context(context), m_machine(machine), m_system(system), m_serviceName(serviceName),
       m_pingTimer(new QTimer(this)), m_badPingThreshold(badPingThreshold)
 {
+    // Bad pings are counted as seconds: Qt's usual timer may be a twentieth off.
+    m_pingTimer->setTimerType(Qt::PreciseTimer);
     connect(m_pingTimer, &QTimer::timeout, this, &SuprState::ping);
 }
 

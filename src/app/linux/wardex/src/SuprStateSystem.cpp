@@ -19,6 +19,8 @@ namespace orvo
 SuprStateSystem::SuprStateSystem(SuprSMSystem* machine, const SupervisionContext* context)
     : m_machine(machine), m_context(context), m_timer(new QTimer(this))
 {
+    // Ticks are counted as seconds: Qt's usual timer may be a twentieth off.
+    m_timer->setTimerType(Qt::PreciseTimer);
     connect(m_timer, &QTimer::timeout, this, &SuprStateSystem::ping);
     if (!m_context->serviceInfo->isDeveloperMode())
     {
