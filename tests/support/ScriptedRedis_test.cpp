@@ -11,7 +11,7 @@ namespace orvo::test
 namespace
 {
 
-constexpr char kSocket[] = "/tmp/redis-test.sock";
+constexpr char kScriptedSocket[] = "/tmp/redis-test.sock";
 
 ScriptedAnswer answer(const std::vector<std::string>& command)
 {
@@ -26,8 +26,8 @@ ScriptedAnswer answer(const std::vector<std::string>& command)
 
 TEST(ScriptedRedis, AnswersByItsScript)
 {
-    const ScriptedRedis server(kSocket, answer);
-    RedisClient client(kSocket);
+    const ScriptedRedis server(kScriptedSocket, answer);
+    RedisClient client(kScriptedSocket);
     EXPECT_EQ("value", client.command({"GET", "key"}).text);
     EXPECT_EQ("ERR no", client.command({"DEL", "key", ""}).text);
     EXPECT_THAT(server.commands(), testing::ElementsAre("GET key", "DEL key "));
@@ -35,10 +35,10 @@ TEST(ScriptedRedis, AnswersByItsScript)
 
 TEST(ScriptedRedis, HangsUpAmidAnAnswer)
 {
-    const ScriptedRedis server(kSocket, answer);
-    RedisClient client(kSocket);
+    const ScriptedRedis server(kScriptedSocket, answer);
+    RedisClient client(kScriptedSocket);
     EXPECT_FALSE(client.command({"HALF"}).isAnswered);
-    EXPECT_EQ("value", RedisClient(kSocket).command({"GET", "key"}).text);
+    EXPECT_EQ("value", RedisClient(kScriptedSocket).command({"GET", "key"}).text);
 }
 
 } // namespace orvo::test

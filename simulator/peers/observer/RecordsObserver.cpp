@@ -9,7 +9,7 @@ namespace orvo::simulator
 
 namespace
 {
-constexpr int kRetryPeriodMs = 50;
+constexpr int kReconnectPeriodMs = 50;
 constexpr char kRecordsChannel[] = "LOG:ENTRIES";
 /// A published message arrives as the array {"message", channel, bytes}.
 constexpr std::size_t kMessageParts = 3;
@@ -31,7 +31,7 @@ bool RecordsObserver::run()
             noteUntilLost();
             m_journal.append(JsonLine("redis-lost").str());
         }
-        poll(nullptr, 0, kRetryPeriodMs);
+        poll(nullptr, 0, kReconnectPeriodMs);
     }
     return false;
 }

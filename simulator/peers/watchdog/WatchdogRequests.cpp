@@ -19,7 +19,7 @@ namespace orvo::simulator
 
 namespace
 {
-constexpr int kMsPerSecond = 1000;
+constexpr int kMsPerTimeoutSecond = 1000;
 
 std::vector<std::uint64_t> storageFor(std::size_t kernelBytes, std::size_t ownBytes)
 {
@@ -30,7 +30,7 @@ std::vector<std::uint64_t> storageFor(std::size_t kernelBytes, std::size_t ownBy
 
 WatchdogRequests::WatchdogRequests(Descriptor listener, const DeviceNode* node, int timeoutMs)
     : m_listener(std::move(listener)), m_node(node),
-      m_timeoutSeconds(std::max(1, timeoutMs / kMsPerSecond))
+      m_timeoutSeconds(std::max(1, timeoutMs / kMsPerTimeoutSecond))
 {
     seccomp_notif_sizes sizes{};
     syscall(SYS_seccomp, SECCOMP_GET_NOTIF_SIZES, 0, &sizes);

@@ -18,7 +18,7 @@ using testing::MatchesRegex;
 
 namespace
 {
-constexpr char kNotConnected[] = "REDIS NOT CONNECTED !n";
+constexpr char kComplaint[] = "REDIS NOT CONNECTED !n";
 }
 
 class RedisGone : public LoggerOnDevice
@@ -48,7 +48,7 @@ TEST_F(RedisGone, IsToldByTheFirstWriteAndByEveryLaterOne)
     EXPECT_THAT(first, MatchesRegex("redisPushLog: failed with err: \\([0-9]+:[^\n]+\\)\n"));
     EXPECT_EQ(-1, m_logger.log(WARN, "two"));
     EXPECT_EQ(-1, m_logger.write(WARN, "three", 0));
-    EXPECT_EQ(first + kNotConnected + kNotConnected, complaints());
+    EXPECT_EQ(first + kComplaint + kComplaint, complaints());
 }
 
 TEST_F(RedisGone, IsForEverAlsoWhenTheServerIsBack)
@@ -58,7 +58,7 @@ TEST_F(RedisGone, IsForEverAlsoWhenTheServerIsBack)
     const std::string first = complaints();
     m_cache.restart();
     EXPECT_EQ(-1, m_logger.log(WARN, "two"));
-    EXPECT_EQ(first + kNotConnected, complaints());
+    EXPECT_EQ(first + kComplaint, complaints());
     EXPECT_THAT(m_records.raw(), testing::IsEmpty());
 }
 
@@ -140,7 +140,7 @@ TEST_P(RedisFailure, DropsTheConnection)
     const std::string told = "redisPushLog: failed with err: (" + GetParam().error + ")\n";
     EXPECT_EQ(told, errors.text());
     EXPECT_EQ(-1, logger.log(WARN, "two"));
-    EXPECT_EQ(told + kNotConnected, errors.text());
+    EXPECT_EQ(told + kComplaint, errors.text());
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -18,7 +18,7 @@ using testing::SizeIs;
 
 namespace
 {
-constexpr char kSocket[] = "/tmp/quorld.sock";
+constexpr char kQuorlSocket[] = "/tmp/quorld.sock";
 constexpr char kOrders[] = "/run/orders/quorl";
 constexpr char kJournal[] = "/log/pings";
 constexpr char kOutput[] = "/tmp/output";
@@ -229,13 +229,13 @@ TEST_F(SimulatedQuorl, TakesOverTheSocketOfOneThatWasKilled)
 TEST_F(SimulatedQuorl, LeavesTheSocketOfItsSuccessorInPlace)
 {
     const std::unique_ptr<ChildProcess> old = std::move(m_quorl);
-    const auto before = std::filesystem::last_write_time(kSocket);
+    const auto before = std::filesystem::last_write_time(kQuorlSocket);
     start();
     ASSERT_TRUE(eventually(
         [&]
         {
             std::error_code missing;
-            return std::filesystem::last_write_time(kSocket, missing) != before && !missing;
+            return std::filesystem::last_write_time(kQuorlSocket, missing) != before && !missing;
         }));
     old->signal(SIGTERM);
     ASSERT_TRUE(old->waitForEnd(5000));
