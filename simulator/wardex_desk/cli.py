@@ -94,7 +94,8 @@ def _perform(request: Request) -> int:
         return shell.open_shell(instance, request.words, sys.stdin.isatty())
     elif request.command == "logs":
         _require_running(instance)
-        return record_log.show(Controls(instance), sys.stdout, sys.stdout.isatty(), request.follow)
+        wanted = record_log.Wanted(request.follow, request.level, request.text)
+        return record_log.show(instance, wanted, sys.stdout, sys.stdout.isatty())
     else:
         return _put_on_desk(request)
     return 0

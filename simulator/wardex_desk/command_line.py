@@ -7,6 +7,7 @@ from typing import Optional, Sequence
 
 from wardex_desk import deeds, families
 from wardex_desk.deeds import WrongWords
+from wardex_desk.events import LEVELS
 from wardex_desk.instance import DEFAULT_NAME
 from wardex_desk.places import REPOSITORY
 
@@ -27,6 +28,8 @@ OPTIONS = {
     "--home": "folder",
     "--follow": "",
     "-f": "",
+    "--level": "level",
+    "-g": "text",
     "--help": "",
     "-h": "",
 }
@@ -37,7 +40,11 @@ HELP = (
     ("--list", "the scenarios, one line each"),
     *deeds.HELP,
     ("sh [COMMAND]", "a shell on the device, or one command there"),
-    ("logs [-f]", "the device's log records; -f goes on with what comes"),
+    (
+        "logs [-f] [--level LEVEL] [-g TEXT]",
+        "the device's log records, of this level and worse, with this text in the message;"
+        " -f goes on with what comes",
+    ),
     ("--name NAME", f"which device, when several run side by side (default: {DEFAULT_NAME})"),
     ("--family FAMILY", f"{', '.join(families.names())} (default: {families.DEFAULT})"),
     ("--developer", "start with developer mode's marker set"),
@@ -64,6 +71,8 @@ class Request:
     wardex: Optional[Path] = None
     home: Optional[Path] = None
     follow: bool = False
+    level: str = ""
+    text: str = ""
 
 
 def presets() -> list[str]:
@@ -100,6 +109,9 @@ def parse(arguments: Sequence[str]) -> Request:
             )
     if request.command == "logs" and request.words:
         raise WrongWords(f"'{request.words[0]}' is one word too many after 'logs'")
+    for option, value in (("--level", request.level), ("-g", request.text)):
+        if value and request.command != "logs":
+            raise WrongWords(f"'{option}' belongs to 'logs'")
     return request
 
 
@@ -126,6 +138,12 @@ def _apply(request: Request, option: str, value: str) -> None:
         request.command, request.scenario = "scenario", value
     elif option in ("--follow", "-f"):
         request.follow = True
+    elif option == "--level":
+        if value.upper() not in LEVELS:
+            raise WrongWords(f"no level is called '{value}': say one of {', '.join(LEVELS)}")
+        request.level = value.upper()
+    elif option == "-g":
+        request.text = value
     elif option == "--developer":
         request.developer = True
     elif option == "--watchdog":

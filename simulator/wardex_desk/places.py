@@ -65,4 +65,11 @@ SERVICES = {
     )
 }
 SCRIPTS = tuple(service.script for service in SERVICES.values()) + ("mf-optware",)
-PEERS = ("simulated-service", "simulated-quorl", "watchdog-guard", "device-observer")
+PEERS = (
+    "simulated-service",
+    "simulated-quorl",
+    "watchdog-guard",
+    "device-observer",
+    "record-reader",
+)
+READER = f"{DESK}/bin/record-reader"

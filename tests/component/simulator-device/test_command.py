@@ -124,23 +124,6 @@ def test_person_at_a_terminal_gets_a_terminal_of_the_device(camera, home):
     assert "/dev/pts/0" in said and "camera" in said
 
 
-def test_logs_prints_the_stored_records(camera, home):
-    record = '{"T":"1.0000", "P":"7", "C":"WARN", "S":"wardex", "M":"Bello"}'
-    with camera.connect_redis() as cache:
-        cache.command("RPUSH", "LOG:ENTRIES", record)
-    status, output = command(home, "logs")
-    assert status == 0
-    assert "      1.0000 WARN  wardex[7] Bello" in output.splitlines()
-
-
-def test_logs_says_when_redis_is_dead(camera, home):
-    camera.redis("stop")
-    assert command(home, "logs") == (
-        0,
-        "Redis does not answer: no stored records (./run do redis start)\n",
-    )
-
-
 @pytest.mark.parametrize("number", [signal.SIGKILL, signal.SIGTERM])
 def test_device_ends_with_its_driver_however_that_ends(driver, home, number):
     process, _ = driver()

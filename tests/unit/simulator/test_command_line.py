@@ -39,6 +39,11 @@ def test_logs_can_be_followed(words):
     assert parse(words).follow
 
 
+def test_logs_can_be_narrowed_down():
+    request = parse(["logs", "--level", "warn", "-g", "--list"])
+    assert (request.level, request.text, request.follow) == ("WARN", "--list", False)
+
+
 def test_scenario_has_a_name():
     request = parse(["--scenario", "hang"])
     assert (request.command, request.scenario) == ("scenario", "hang")
@@ -50,6 +55,15 @@ def test_scenario_has_a_name():
         ("boot", "'boot' is not known: say do, sh, logs or an option, see ./run --help"),
         ("logs pictor", "'pictor' is one word too many after 'logs'"),
         ("--nme x", "'--nme' is not known: the options are --scenario, --list, --name, --family,"),
+        (
+            "logs --level loud",
+            "no level is called 'loud': say one of DEBUG, DIAG, TRACE, INFO, WARN, ERROR, FATAL,"
+            " EMERG",
+        ),
+        ("logs -g", "after '-g' comes a text"),
+        ("logs --level", "after '--level' comes a level"),
+        ("do pictor up -g x", "'-g' belongs to 'logs'"),
+        ("--level WARN", "'--level' belongs to 'logs'"),
         ("--name", "after '--name' comes a name"),
         ("--scenario", "after '--scenario' comes a name"),
         ("--list=x", "'--list' takes no value"),
