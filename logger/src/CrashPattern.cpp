@@ -11,18 +11,42 @@ namespace orvo::Logger
 namespace
 {
 
-/// Counts "(?=" and "(?!". An escaped parenthesis before a question mark counts too: a bound may be
-/// too strict for a strange pattern, never too lax.
-std::size_t lookaheadsIn(const std::string& pattern)
+/// Whether a look-ahead ends before anything begins in which another one could stand. "\\c" may
+/// take the end for its operand.
+bool isPlainLookahead(std::string_view rest)
+{
+    for (std::size_t at = 0; at < rest.size(); ++at)
+    {
+        const char byte = rest[at];
+        if (byte == '(' || byte == ')' || byte == '[')
+        {
+            return byte == ')';
+        }
+        if (byte == '\\' && (++at == rest.size() || rest[at] == 'c'))
+        {
+            return false;
+        }
+    }
+    return false;
+}
+
+/// Whether one of several "(?=" and "(?!" could hold another. An escaped parenthesis before a
+/// question mark counts too: a bound may be too strict for a strange pattern, never too lax.
+bool mayNestLookaheads(std::string_view pattern)
 {
     std::size_t count = 0;
-    for (std::size_t at = pattern.find("(?"); at != std::string::npos;
+    std::size_t plain = 0;
+    for (std::size_t at = pattern.find("(?"); at != std::string_view::npos;
          at = pattern.find("(?", at + 2))
     {
         const char kind = at + 2 < pattern.size() ? pattern[at + 2] : '\0';
-        count += (kind == '=' || kind == '!') ? 1 : 0;
+        if (kind == '=' || kind == '!')
+        {
+            ++count;
+            plain += isPlainLookahead(pattern.substr(at + 3)) ? 1 : 0;
+        }
     }
-    return count;
+    return count > 1 && plain < count;
 }
 
 bool isDigit(char byte)
@@ -64,9 +88,9 @@ CrashVerdict tryCrashPattern(const std::string& pattern, std::string_view messag
         reason = "longer than " + std::to_string(kCrashPatternCapacity) + " characters";
         return CrashVerdict::Unusable;
     }
-    if (lookaheadsIn(pattern) > kCrashPatternLookaheads)
+    if (mayNestLookaheads(pattern))
     {
-        reason = "more look-aheads than " + std::to_string(kCrashPatternLookaheads);
+        reason = "several look-aheads, one with a group or a set in it";
         return CrashVerdict::Unusable;
     }
     if (hasHugeNumber(pattern))

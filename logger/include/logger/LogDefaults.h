@@ -46,8 +46,6 @@ inline constexpr std::size_t kFilterScriptCapacity = 4096;
 /// Longest pattern in bytes: a longest message with every character escaped. Bounds the stack that
 /// its compilation takes.
 inline constexpr std::size_t kCrashPatternCapacity = 1000;
-/// Look-aheads in one pattern; each one more multiplies the time of a match by the message length.
-inline constexpr std::size_t kCrashPatternLookaheads = 1;
 /// Digits of a repetition count or of a back-reference's number.
 inline constexpr std::size_t kCrashPatternDigits = 4;
 

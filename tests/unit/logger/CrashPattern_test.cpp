@@ -80,11 +80,24 @@ TEST(CrashPattern, IsUsableUpToAThousandCharacters)
     EXPECT_EQ("longer than 1000 characters", complaintAbout(std::string(1001, 'x')));
 }
 
-TEST(CrashPattern, IsUsableWithOneLookahead)
+TEST(CrashPattern, IsUsableWithLookaheadsSideBySide)
 {
-    EXPECT_EQ(CrashVerdict::Crash, verdict("(?=mess).*", "message"));
-    EXPECT_EQ("more look-aheads than 1", complaintAbout("(?=m)(?!x).*"));
-    EXPECT_EQ("more look-aheads than 1", complaintAbout("(?=.*(?=.*(?=.*x))).*"));
+    EXPECT_EQ(CrashVerdict::Crash, verdict("(?=m)(?!x).*", "message"));
+    EXPECT_EQ(CrashVerdict::Crash, verdict("(?=.*disk)(?=.*fatal).*", "fatal error on disk"));
+    EXPECT_EQ(CrashVerdict::Spare, verdict("(?=.*disk)(?!.*fatal).*", "fatal error on disk"));
+    EXPECT_EQ(CrashVerdict::Crash, verdict("(?=.*\\(b\\))(?=a).*", "a (b) c"));
+    EXPECT_EQ(CrashVerdict::Crash, verdict("(?=(me|ss)[a-z]).*", "message"));
+}
+
+// Each one inside another multiplies the time of a match by the length of the message.
+TEST(CrashPattern, IsUnusableWhenLookaheadsCouldHoldEachOther)
+{
+    for (const char* pattern : {"(?=.*(?=.*(?=.*x))).*", "(?=m)(?!(x)).*", "(?=[m)])(?!x).*",
+                                "(?=\\c)(?=x))", "(?=x)(?=\\", "(?=x)(?=x"})
+    {
+        EXPECT_EQ("several look-aheads, one with a group or a set in it", complaintAbout(pattern))
+            << pattern;
+    }
 }
 
 TEST(CrashPattern, IsUnusableWhenItsRepetitionsBlowItUp)
