@@ -11,6 +11,7 @@ from camera import Camera
 from wardex_desk.box import BoxError, Programs
 from wardex_desk.firmware import Plan
 from wardex_desk.instance import Instance
+from wardex_desk.namespace_box import NamespaceBox
 
 JOURNALS = ("console", "wardex.err", "wardex.out", "watchdog", "scripts", "pings", "records")
 
@@ -23,7 +24,11 @@ def tell(camera):
 
 @pytest.fixture
 def put_on_desk():
-    """Makes cameras, not yet on; skips where this machine offers no box."""
+    """Makes cameras, not yet on; skips where this machine offers no namespaces.
+
+    A container as the box has one device at a time, and not every path of its own: the scenarios
+    show there what can be shown.
+    """
     home = Path(tempfile.mkdtemp(prefix="wx"))
     home.chmod(0o755)
     built = Path(os.environ["WARDEX_BIN"])
@@ -32,8 +37,10 @@ def put_on_desk():
     def make(**plan):
         plan["without"] = frozenset(plan.get("without", ()))
         instance = Instance(f"camera{len(cameras)}", home)
+        programs = Programs(built, built / "wardex")
         try:
-            camera = Camera(instance, Plan(**plan), Programs(built, built / "wardex"))
+            NamespaceBox(instance, programs)
+            camera = Camera(instance, Plan(**plan), programs)
         except BoxError as error:
             pytest.skip(str(error))
         cameras.append(camera)
