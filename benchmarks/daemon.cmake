@@ -1,0 +1,1 @@
+# Programs of the rows in wardex_bench/rows/daemon.py.

@@ -1,0 +1,104 @@
+"""The command ./bench."""
+
+import argparse
+import re
+import signal
+import sys
+import tempfile
+from pathlib import Path
+from types import FrameType
+from typing import NoReturn, Optional, Sequence
+
+from wardex_bench import building, rows, table
+from wardex_bench.building import BuildError
+from wardex_bench.progress import Progress
+from wardex_bench.row import Context, Row, Unmeasured
+from wardex_bench.table import Line
+
+FAILED = 1
+WRONG_WORDS = 2
+ENDS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
+
+
+class Stopped(BaseException):
+    """The person, or the system, ends the command; number: of the signal."""
+
+    def __init__(self, number: int) -> None:
+        super().__init__(number)
+        self.number = number
+
+
+def _stop(number: int, _: Optional[FrameType]) -> NoReturn:
+    # One is enough: a second must not cut short the tidying up.
+    for end in ENDS:
+        signal.signal(end, signal.SIG_IGN)
+    raise Stopped(number)
+
+
+def _parser() -> argparse.ArgumentParser:
+    parser = argparse.ArgumentParser(
+        prog="bench",
+        description="Builds the release preset, measures what the supervisor costs and prints one "
+        "table. Exit status: 0 every goal is met, 1 not so, 2 wrong words.",
+    )
+    parser.add_argument("rows", nargs="?", metavar="ROW", help="only rows that match this regex")
+    parser.add_argument("--json", action="store_true", help="print the table for machines")
+    parser.add_argument(
+        "--short",
+        action="store_true",
+        help="only prove that every row can be measured: few rounds, goals do not count",
+    )
+    parser.add_argument("--list", action="store_true", help="print the names of the rows")
+    return parser
+
+
+def measured(row: Row, programs: Path, daemon: Path, short: bool, progress: Progress) -> Line:
+    """Measures one row in a folder of its own."""
+    with tempfile.TemporaryDirectory(prefix="wardex-bench-") as scratch:
+        context = Context(programs, daemon, Path(scratch), short, progress.step)
+        try:
+            return Line(row, row.judged(row.measure(context)))
+        except (Unmeasured, OSError) as error:
+            return Line(row, None, f"not measured: {error}")
+
+
+def _measure(wanted: Sequence[Row], arguments: argparse.Namespace) -> int:
+    print("Building (release) ...", file=sys.stderr)
+    building.build()
+    progress = Progress(sys.stderr, len(wanted))
+    lines = []
+    for row in wanted:
+        progress.row(row.name)
+        lines.append(measured(row, building.PROGRAMS, building.DAEMON, arguments.short, progress))
+        progress.done(table.verdict(lines[-1]))
+    print(table.as_json(lines) if arguments.json else table.text(lines))
+    if arguments.short:
+        print("Short run: the figures only show that the rows work.", file=sys.stderr)
+        return FAILED if any(line.result is None for line in lines) else 0
+    return 0 if all(line.passed for line in lines) else FAILED
+
+
+def main(words: Sequence[str]) -> int:
+    """Does what the words ask for."""
+    for end in ENDS:
+        signal.signal(end, _stop)
+    arguments = _parser().parse_args(words)
+    try:
+        wanted = [row for row in rows.ALL if re.search(arguments.rows or "", row.name)]
+    except re.error as error:
+        print(f"bench: '{arguments.rows}' is no regular expression: {error}", file=sys.stderr)
+        return WRONG_WORDS
+    if arguments.list:
+        print("\n".join(row.name for row in wanted))
+        return 0
+    if not wanted:
+        print(f"bench: no row matches '{arguments.rows}': see ./bench --list", file=sys.stderr)
+        return WRONG_WORDS
+    try:
+        return _measure(wanted, arguments)
+    except BuildError as error:
+        print(f"bench: {error}", file=sys.stderr)
+        return FAILED
+    except Stopped as stopped:
+        print(f"\nbench: ended by signal {stopped.number}", file=sys.stderr)
+        return 128 + stopped.number

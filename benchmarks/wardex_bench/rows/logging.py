@@ -1,0 +1,5 @@
+"""What a log call costs."""
+
+from wardex_bench.row import Row
+
+ROWS: list[Row] = []
