@@ -33,15 +33,6 @@ class CrashRule : public LoggerOnDevice
 protected:
     void SetUp() override { configure(R"({"source":"all","segvregex":"fatal.*disk"})"); }
 
-    /// Until the configuration thread has told of it, so that it does not tell amid a claim.
-    void killRedis()
-    {
-        const test::StreamCapture errors(STDERR_FILENO);
-        m_cache.kill();
-        ASSERT_TRUE(test::eventually(
-            [&] { return errors.text() == "Error: Server closed the connection\n"; }));
-    }
-
     const std::string m_line = "Will raise(SIGSEGV): fatal error on disk matches configured "
                                "regex(fatal.*disk)!\n";
 };

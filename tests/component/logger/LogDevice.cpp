@@ -1,8 +1,11 @@
 #include "LogDevice.h"
 #include "Eventually.h"
+#include "StreamCapture.h"
 
 #include <algorithm>
 #include <stdexcept>
+
+#include <unistd.h>
 
 namespace orvo::Logger
 {
@@ -59,6 +62,16 @@ std::vector<std::string> LogDevice::announcements() const
                                [](const std::string& text) { return !isAnnouncement(text); }),
                 texts.end());
     return texts;
+}
+
+void LoggerOnDevice::killRedis()
+{
+    // A thread whose subscription is still on its way would tell it in other words.
+    ASSERT_EQ(1, m_client.publishToListeners(kConfigChannel, "{}"));
+    const test::StreamCapture errors(STDERR_FILENO);
+    m_cache.kill();
+    ASSERT_TRUE(
+        test::eventually([&] { return errors.text() == "Error: Server closed the connection\n"; }));
 }
 
 } // namespace orvo::Logger

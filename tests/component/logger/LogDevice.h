@@ -35,6 +35,9 @@ protected:
 class LoggerOnDevice : public LogDevice
 {
 protected:
+    /// Until the configuration thread has told of it, so that it does not tell amid a claim.
+    void killRedis();
+
     RedisLogger m_logger{"wardex", kLogSocket, kLogList, false};
 };
 

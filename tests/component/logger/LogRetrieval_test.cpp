@@ -141,8 +141,8 @@ TEST_F(LogRetrieval, CountsNothingInWhatIsNoList)
 
 TEST_F(LogRetrieval, TellsThatThereIsNoConnection)
 {
-    m_cache.kill();
-    (void)m_logger.log(WARN, "lost");
+    ASSERT_NO_FATAL_FAILURE(killRedis());
+    EXPECT_EQ(-1, m_logger.log(WARN, "lost"));
     const test::StreamCapture errors(STDERR_FILENO);
     EXPECT_THAT(m_logger.getLogEntries(0, -1), IsEmpty());
     EXPECT_EQ(kNotConnected, errors.text());
