@@ -1,6 +1,7 @@
 #include "Eventually.h"
 #include "LogDevice.h"
 #include "OwnProcess.h"
+#include "ScriptedRedis.h"
 #include "StreamCapture.h"
 #include "UnixListener.h"
 
@@ -12,6 +13,7 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <thread>
 #include <unistd.h>
@@ -207,6 +209,80 @@ TEST(ConfigurationThreadWithoutConnection, DoesNotKeepTheLoggerFromWriting)
     RedisLogger second("second", kLogSocket, kLogList, false);
     EXPECT_EQ(3, second.log(WARN, "one"));
     EXPECT_EQ("Error: Resource temporarily unavailable\n", errors.text());
+}
+
+/// What a server that is out of order may answer to the subscription.
+struct SubscriptionAnswer
+{
+    std::string name;
+    std::string bytes;
+    bool hangsUp;
+    std::string told; ///< on standard error
+};
+
+void PrintTo(const SubscriptionAnswer& answer, std::ostream* stream)
+{
+    *stream << answer.name;
+}
+
+class ConfigurationThreadAnswered : public testing::TestWithParam<SubscriptionAnswer>
+{
+};
+
+TEST_P(ConfigurationThreadAnswered, LeavesTheLoggerAlone)
+{
+    const test::ScriptedRedis server(
+        kLogSocket,
+        [](const std::vector<std::string>& command) -> test::ScriptedAnswer
+        {
+            if (command[0] == "SUBSCRIBE")
+            {
+                return {GetParam().bytes, GetParam().hangsUp};
+            }
+            return {":1\r\n", false};
+        });
+    const test::StreamCapture errors(STDERR_FILENO);
+    auto logger = makeLogger();
+    EXPECT_TRUE(test::eventually([&] { return server.commands().size() == 1; }));
+    EXPECT_EQ(3, logger->log(WARN, "one"));
+    EXPECT_TRUE(test::eventually([&] { return errors.text() == GetParam().told; }))
+        << errors.text();
+    logger.reset();
+    EXPECT_EQ(GetParam().told, errors.text());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    By, ConfigurationThreadAnswered,
+    testing::Values(SubscriptionAnswer{"Nothing", "", false, ""},
+                    SubscriptionAnswer{"AnEnd", "", true, "Error: Server closed the connection\n"},
+                    SubscriptionAnswer{"AnError", "-NOPERM not for you\r\n", false,
+                                       "Error: NOPERM not for you\n"},
+                    SubscriptionAnswer{"ANumber", ":1\r\n", false, ""},
+                    SubscriptionAnswer{"HalfAConfirmation", "*3\r\n$9\r\nsubscr", true,
+                                       "Error: Server closed the connection\n"},
+                    SubscriptionAnswer{"WhatIsNoAnswer", "hello\r\n", false,
+                                       "Error: Protocol error, got \"h\" as reply type byte\n"},
+                    SubscriptionAnswer{"APush", ">2\r\n+invalidate\r\n*0\r\n", false,
+                                       "Error: Protocol error, got \">\" as reply type byte\n"}),
+    [](const testing::TestParamInfo<SubscriptionAnswer>& answer) { return answer.param.name; });
+
+TEST(ConfigurationThreadWithMessage, TakesAConfigurationThatComesBeforeTheConfirmation)
+{
+    const std::string text = R"({"source":"all","mask":255})";
+    const test::ScriptedRedis server(
+        kLogSocket,
+        [&](const std::vector<std::string>& command) -> test::ScriptedAnswer
+        {
+            if (command[0] == "SUBSCRIBE")
+            {
+                return {"*3\r\n$7\r\nmessage\r\n$10\r\nLOGGER:CFG\r\n$" +
+                            std::to_string(text.size()) + "\r\n" + text + "\r\n",
+                        false};
+            }
+            return {":1\r\n", false};
+        });
+    auto logger = makeLogger();
+    EXPECT_TRUE(test::eventually([&] { return logger->log(DEBUG, "one") == 3; }));
 }
 
 // Static storage: destroyed when main has returned, with everything that it needs still there.

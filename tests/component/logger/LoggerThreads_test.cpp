@@ -17,8 +17,8 @@ namespace
 {
 
 constexpr int kThreads = 4;
-constexpr int kRounds = 100;
-constexpr std::size_t kRecords = 400;
+constexpr int kRounds = 1000;
+constexpr std::size_t kRecords = 4000;
 static_assert(kRecords / kRounds == kThreads);
 
 /// Runs a deed kRounds times in each of kThreads threads.
@@ -50,10 +50,11 @@ class LoggerThreads : public LoggerOnDevice
 {
 };
 
-TEST_F(LoggerThreads, WriteWholeRecordsWhileConfigurationsChange)
+TEST_F(LoggerThreads, WriteWholeRecordsWhileConfigurationsArriveAndLoggersComeAndGo)
 {
     RedisLogger other("other", kLogSocket, kLogList, false);
-    ASSERT_NO_FATAL_FAILURE(enableAllLevels());
+    // Every configuration is announced; the announcements must not push the threads' records out.
+    ASSERT_NO_FATAL_FAILURE(configure(R"({"source":"all","mask":255,"max":1000000})"));
     std::atomic<bool> isOver{false};
     std::thread operating(
         [&]
@@ -66,6 +67,15 @@ TEST_F(LoggerThreads, WriteWholeRecordsWhileConfigurationsChange)
                      R"({"source":"all","segvregex":")" + std::to_string(round) + "\"}"});
             }
         });
+    std::thread comingAndGoing(
+        [&]
+        {
+            while (!isOver)
+            {
+                RedisLogger guest("guest", kLogSocket, kLogList, false);
+                EXPECT_EQ(5, guest.log(ERROR, "guest"));
+            }
+        });
     inAllThreads(
         [&](int thread, int round)
         {
@@ -74,6 +84,7 @@ TEST_F(LoggerThreads, WriteWholeRecordsWhileConfigurationsChange)
         });
     isOver = true;
     operating.join();
+    comingAndGoing.join();
 
     std::set<std::string> distinct;
     for (const test::LogRecordFields& record : m_records.all())
@@ -117,6 +128,7 @@ TEST_F(LoggerThreads, FindTheLostConnectionOneByOne)
 
 TEST_F(LoggerThreads, MakeAndEndLoggersOfTheirOwn)
 {
+    constexpr int kLives = 250;
     std::vector<std::thread> threads;
     threads.reserve(kThreads);
     for (int thread = 0; thread < kThreads; ++thread)
@@ -124,10 +136,10 @@ TEST_F(LoggerThreads, MakeAndEndLoggersOfTheirOwn)
         threads.emplace_back(
             [thread]
             {
-                for (int round = 0; round < 5; ++round)
+                for (int round = 0; round < kLives; ++round)
                 {
                     RedisLogger own("own", kLogSocket, kLogList, false);
-                    EXPECT_EQ(6, own.log(WARN, "own %d%d", thread, round));
+                    EXPECT_EQ(9, own.log(WARN, "own %d %3d", thread, round));
                 }
             });
     }
@@ -135,7 +147,7 @@ TEST_F(LoggerThreads, MakeAndEndLoggersOfTheirOwn)
     {
         thread.join();
     }
-    EXPECT_EQ(20U, m_records.raw().size());
+    EXPECT_EQ(std::size_t{kThreads} * kLives, m_records.raw().size());
 }
 
 } // namespace orvo::Logger

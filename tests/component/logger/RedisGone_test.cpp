@@ -6,9 +6,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <csignal>
+#include <ostream>
 #include <string>
 #include <thread>
+
+#include <csignal>
 #include <unistd.h>
 
 namespace orvo::Logger
@@ -93,6 +95,7 @@ TEST_F(RedisGone, IsNoEndOfTheProcess)
 
 TEST_F(RedisGone, IsToldByTheConfigurationThread)
 {
+    ASSERT_EQ(1, m_client.publishToListeners(kConfigChannel, "{}"));
     m_cache.stop();
     EXPECT_TRUE(test::eventually(
         [this] { return m_errors.text() == "Error: Server closed the connection\n"; }))
@@ -116,6 +119,11 @@ struct Failure
     std::string bytes;   ///< its last answer
     std::string error;   ///< what hiredis says then
 };
+
+void PrintTo(const Failure& failure, std::ostream* stream)
+{
+    *stream << failure.name;
+}
 
 class RedisFailure : public testing::TestWithParam<Failure>
 {
@@ -153,7 +161,9 @@ INSTANTIATE_TEST_SUITE_P(
                     Failure{"HalfTheThirdAnswer", "PUBLISH", ":1\r",
                             "3:Server closed the connection"},
                     Failure{"AnAnswerThatIsNone", "LTRIM", "hello\r\n",
-                            "4:Protocol error, got \"h\" as reply type byte"}),
+                            "4:Protocol error, got \"h\" as reply type byte"},
+                    Failure{"APushInTheWrongPlace", "LTRIM", ">2\r\n+invalidate\r\n*0\r\n",
+                            "4:Protocol error, got \">\" as reply type byte"}),
     [](const testing::TestParamInfo<Failure>& failure) { return failure.param.name; });
 
 TEST(RedisCommands, AreThreeForEachRecord)
@@ -174,6 +184,22 @@ TEST(RedisCommands, AreThreeForEachRecord)
     EXPECT_THAT(own[0], MatchesRegex("RPUSH LIST \\{\"T\".*\"M\":\"one\"\\}"));
     EXPECT_EQ("LTRIM LIST -10000 -1", own[1]);
     EXPECT_EQ("PUBLISH" + own[0].substr(5), own[2]);
+}
+
+TEST(RedisCommands, TakeAMessageOfASubscriptionForAnAnswer)
+{
+    const test::ScriptedRedis server(
+        kLogSocket,
+        [](const std::vector<std::string>& command)
+        {
+            const std::string message = "*3\r\n$7\r\nmessage\r\n$1\r\na\r\n$1\r\nb\r\n";
+            return test::ScriptedAnswer{command[0] == "LTRIM" ? message : ":1\r\n", false};
+        });
+    RedisLogger logger("wardex", kLogSocket, kLogList, false);
+    const test::StreamCapture errors(STDERR_FILENO);
+    EXPECT_EQ(3, logger.log(WARN, "one"));
+    EXPECT_EQ(3, logger.log(WARN, "two"));
+    EXPECT_EQ("", errors.text());
 }
 
 TEST(RedisCommands, SubscribeToTheConfigurationChannel)
