@@ -26,5 +26,5 @@ int main(int argc, char** argv)
         }
     }
     std::printf("%.3f\n", (bench::processorSeconds() - begin) / static_cast<double>(count) * 1e9);
-    return EXIT_SUCCESS;
+    bench::leave();
 }

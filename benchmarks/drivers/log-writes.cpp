@@ -27,5 +27,5 @@ int main(int argc, char** argv)
         }
     }
     std::printf("%.1f\n", static_cast<double>(count) / (bench::wallSeconds() - begin));
-    return EXIT_SUCCESS;
+    bench::leave();
 }

@@ -34,7 +34,7 @@ class Context:
 
     def rounds(self) -> int:
         """Rounds of a comparison by time."""
-        return 3 if self.short else 15
+        return 2 if self.short else 15
 
     def scaled(self, count: int) -> int:
         """Repetitions: all of them, or few in a short run."""

@@ -1,9 +1,11 @@
 """Compares times on a machine that does other things, too."""
 
+import contextlib
+import os
 import random
 import statistics
 from dataclasses import dataclass
-from typing import Callable, Sequence
+from typing import Callable, Iterator, Sequence
 
 from wardex_bench import processes
 from wardex_bench.processes import Word
@@ -80,7 +82,8 @@ def compare(
     order = random.Random(0)
     figures: dict[Callable[[], float], list[float]] = {ours: [], yardstick: []}
     for side in figures:
-        side()  # caches and servers warm
+        if not context.short:
+            side()  # caches and servers warm
     for attempt in range(1, PATIENCE + 1):
         for number in range(context.rounds()):
             context.progress(f"round {len(figures[ours]) + 1} of {context.rounds() * attempt}")
@@ -92,6 +95,20 @@ def compare(
         if not comparison.noisy or context.short:
             break
     return comparison
+
+
+@contextlib.contextmanager
+def one_processor() -> Iterator[None]:
+    """Programs started in the block share one processor, as they do on the device.
+
+    Otherwise the time of a conversation with a server is that of waking up a second processor.
+    """
+    allowed = os.sched_getaffinity(0)
+    os.sched_setaffinity(0, {max(allowed)})
+    try:
+        yield
+    finally:
+        os.sched_setaffinity(0, allowed)
 
 
 def reported(command: Sequence[Word]) -> Callable[[], float]:

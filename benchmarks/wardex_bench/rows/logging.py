@@ -81,9 +81,9 @@ def write_instructions(context: Context) -> Result:
 
 
 def write_throughput(context: Context) -> Result:
-    """Records per second, one after the other, server and client on the same machine."""
+    """Records per second, one after the other, with the server on the same processor."""
     count = context.scaled(TIMED_RECORDS)
-    with servers.redis_server(context) as socket:
+    with timing.one_processor(), servers.redis_server(context) as socket:
         return timing.compare(
             context,
             timing.reported(_writes(context, socket, count)),
@@ -151,7 +151,7 @@ def syslog_throughput(context: Context) -> Result:
     """Messages per second against syslog(3)."""
     count = context.scaled(TIMED_SYSLOG)
     theirs = _below_syslogd(context, _syslog_writes(context, count))
-    with servers.redis_server(context) as socket:
+    with timing.one_processor(), servers.redis_server(context) as socket:
         compared = timing.compare(
             context,
             timing.reported(_writes(context, socket, context.scaled(TIMED_RECORDS))),
