@@ -22,7 +22,9 @@ using RecordText = std::array<char, kRecordCapacity>;
 const char* levelName(std::uint32_t level);
 
 /// Escapes a message for the record's "M" field and terminates it; stops when the room is used up.
-void escapeMessage(std::string_view message, EscapedText& escaped);
+/// Answers the length. What isprint does not take under the locale in force becomes '#'. Caller
+/// holds the process mutex.
+std::size_t escapeMessage(std::string_view message, EscapedText& escaped);
 
 /// Everything of a record but its message.
 struct RecordOrigin
@@ -34,7 +36,7 @@ struct RecordOrigin
 };
 
 /// Formats one record; answers how many bytes of the buffer are the record: the whole buffer with
-/// its terminator when the record had to be cut.
+/// its terminator when the record had to be cut. Caller holds the process mutex.
 std::size_t formatRecord(const RecordOrigin& origin, std::string_view message, RecordText& record);
 
 } // namespace orvo::Logger
