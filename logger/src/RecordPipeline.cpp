@@ -1,5 +1,6 @@
 #include "RecordPipeline.h"
 
+#include "RecordFrame.h"
 #include "RedisHandles.h"
 #include "logger/LogDefaults.h"
 
@@ -14,50 +15,95 @@ namespace
 constexpr char kFunctionName[] = "redisPushLog";
 constexpr int kAnswers = 3;
 
-bool appendCommands(redisContext* connection, const std::string& listKey, int maxEntries,
-                    const char* record, std::size_t length)
+bool append(redisContext* connection, std::string_view commands)
 {
-    const char* key = listKey.c_str();
-    if (redisAppendCommand(connection, "RPUSH %s %b", key, record, length) != REDIS_OK)
+    return redisAppendFormattedCommand(connection, commands.data(), commands.size()) == REDIS_OK;
+}
+
+/// One by one, to tell the command for which there is no memory.
+[[gnu::cold]] void complainOfCommand(redisContext* connection, const RecordFrame& frame,
+                                     const char* key, const char* record)
+{
+    if (!append(connection, frame.push()))
     {
         // The operators' log filters know the text under the name of the other command.
         std::fprintf(stderr, "%s: LPUSH %s %s failed!\n", kFunctionName, key, record);
-        return false;
     }
-    if (redisAppendCommand(connection, "LTRIM %s -%d -1", key, maxEntries) != REDIS_OK)
+    else if (!append(connection, frame.trim()))
     {
         // Same here: neither the range nor the number is what was sent.
         std::fprintf(stderr, "%s: LTRIM %s 0 %d failed!\n", kFunctionName, key, kDefaultMaxEntries);
-        return false;
     }
-    if (redisAppendCommand(connection, "PUBLISH %s %b", key, record, length) != REDIS_OK)
+    else if (!append(connection, frame.publication()))
     {
         std::fprintf(stderr, "%s: PUBLISH %s %s failed!\n", kFunctionName, key, record);
-        return false;
     }
-    return true;
+}
+
+/// Stands for every answer, so that none is built only to be freed.
+void* anyAnswer()
+{
+    static redisReply answer{};
+    return &answer;
+}
+
+/// What hiredis calls to build the parts of an answer.
+redisReplyObjectFunctions& answerBuilders()
+{
+    static redisReplyObjectFunctions builders = []
+    {
+        redisReplyObjectFunctions made{};
+        made.createString = [](const redisReadTask*, char*, std::size_t)
+        {
+            return anyAnswer();
+        };
+        // The type of the count depends on hiredis' version.
+        made.createArray = [](const redisReadTask*, auto)
+        {
+            return anyAnswer();
+        };
+        made.createInteger = [](const redisReadTask*, long long)
+        {
+            return anyAnswer();
+        };
+        made.createNil = [](const redisReadTask*)
+        {
+            return anyAnswer();
+        };
+        made.freeObject = [](void*) {
+        };
+        return made;
+    }();
+    return builders;
 }
 
 bool readAnswers(redisContext* connection)
 {
+    redisReplyObjectFunctions* const formerBuilders = connection->reader->fn;
+    connection->reader->fn = &answerBuilders();
     for (int answer = 0; answer < kAnswers; ++answer)
     {
         void* reply = nullptr;
         if (redisGetReply(connection, &reply) != REDIS_OK)
         {
+            // The reader may hold half an answer, which only these builders may free.
             return false;
         }
-        takeReply(reply);
     }
+    connection->reader->fn = formerBuilders;
     return true;
 }
 
 } // namespace
 
-bool writeRecord(redisContext* connection, const std::string& listKey, int maxEntries,
-                 const char* record, std::size_t length)
+bool writeRecord(redisContext* connection, const RecordFrame& frame, const std::string& listKey,
+                 const RecordText& record)
 {
-    if (appendCommands(connection, listKey, maxEntries, record, length) && readAnswers(connection))
+    if (!append(connection, frame.whole()))
+    {
+        complainOfCommand(connection, frame, listKey.c_str(), record.data());
+    }
+    else if (readAnswers(connection))
     {
         return true;
     }

@@ -22,7 +22,7 @@ namespace orvo::Logger
 
 RedisLogger::RedisLoggerPimpl::RedisLoggerPimpl(const std::string& source, const Endpoint& endpoint,
                                                 const std::string& listKey)
-    : m_source(source), m_endpoint(endpoint), m_pid(getpid()), m_listKey(listKey)
+    : m_source(source), m_endpoint(endpoint), m_pid(getpid()), m_listKey(listKey), m_frame(listKey)
 {
 }
 
@@ -75,7 +75,8 @@ int RedisLogger::RedisLoggerPimpl::pushRecord(std::uint32_t level, std::string_v
     clock_gettime(CLOCK_MONOTONIC, &origin.time);
     RecordText record;
     const std::size_t length = formatRecord(origin, message, record);
-    if (!writeRecord(m_connection.get(), m_listKey, m_settings.maxEntries, record.data(), length))
+    m_frame.take(record, length, m_settings.maxEntries);
+    if (!writeRecord(m_connection.get(), m_frame, m_listKey, record))
     {
         m_connection.reset();
         return -1;

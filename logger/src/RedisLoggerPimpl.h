@@ -2,6 +2,7 @@
 
 #include "Endpoint.h"
 #include "LogConfiguration.h"
+#include "RecordFrame.h"
 #include "RedisHandles.h"
 #include "logger/RedisLogger.h"
 
@@ -60,6 +61,7 @@ private:
     const int m_pid;
     const std::string m_listKey;
     LogSettings m_settings;
+    RecordFrame m_frame;
     /// Known from its first use on; it is then told and not tried again.
     bool m_isPatternUnusable{false};
 };

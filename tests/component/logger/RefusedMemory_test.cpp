@@ -6,9 +6,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdarg>
 #include <cstring>
+#include <dlfcn.h>
 #include <string>
+#include <string_view>
 #include <unistd.h>
 
 // A device without memory: this program's own versions of two hiredis functions refuse on demand,
@@ -32,19 +33,20 @@ bool& refusesConnections()
 
 } // namespace
 
-extern "C" int redisAppendCommand(redisContext* context, const char* format, ...)
+extern "C" int redisAppendFormattedCommand(redisContext* context, const char* text, size_t length)
 {
-    if (!refusedCommand().empty() && std::string(format).rfind(refusedCommand(), 0) == 0)
+    if (!refusedCommand().empty() &&
+        std::string_view(text, length).find("\r\n" + refusedCommand() + "\r\n") !=
+            std::string_view::npos)
     {
         context->err = REDIS_ERR_OOM;
         std::strcpy(context->errstr, "Out of memory");
         return REDIS_ERR;
     }
-    va_list arguments;
-    va_start(arguments, format);
-    const int result = redisvAppendCommand(context, format, arguments);
-    va_end(arguments);
-    return result;
+    using Append = int (*)(redisContext*, const char*, size_t);
+    static const auto kAppend =
+        reinterpret_cast<Append>(dlsym(RTLD_NEXT, "redisAppendFormattedCommand"));
+    return kAppend(context, text, length);
 }
 
 extern "C" redisContext* redisConnectUnix(const char* path)
