@@ -49,7 +49,7 @@ std::unique_ptr<ConfigThread> LoggerProcess::detach(Implementation* logger)
 
 void LoggerProcess::applyToAll(ConfigThread& thread, const char* text)
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::lock_guard<std::mutex> lock(g_mutex);
     // A thread that is ending has a successor when a new first logger came meanwhile; loggers hear
     // from that one.
     if (thread.isStopping())

@@ -19,7 +19,7 @@ struct Endpoint;
 /// Owns:    the configuration thread, from the first logger on until the last one goes; borrows the
 ///          loggers' implementations while they are attached. The object is never destroyed, so
 ///          that a logger with static storage may outlive everything else.
-/// Threads: m_mutex serialises every operation of every logger; it guards all members and the
+/// Threads: g_mutex serialises every operation of every logger; it guards all members and the
 ///          implementations themselves. It is never held while the configuration thread is joined.
 class LoggerProcess
 {
@@ -30,7 +30,8 @@ public:
     LoggerProcess(const LoggerProcess&) = delete;
     LoggerProcess& operator=(const LoggerProcess&) = delete;
 
-    std::mutex& mutex() { return m_mutex; }
+    /// Needs no object, so that a call at a masked level has nothing to do but to lock it.
+    static std::mutex& mutex() { return g_mutex; }
 
     /// Adds a logger; the first one starts the configuration thread at its endpoint. Caller locks.
     void attach(Implementation* logger, const Endpoint& endpoint);
@@ -50,7 +51,7 @@ private:
     LoggerProcess() = default;
     void applyToAll(ConfigThread& thread, const char* text);
 
-    std::mutex m_mutex;
+    inline static std::mutex g_mutex;
     std::set<Implementation*> m_registry;
     std::unique_ptr<ConfigThread> m_configThread;
     std::string m_lastComplaint;
