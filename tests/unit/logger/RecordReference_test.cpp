@@ -48,7 +48,7 @@ std::string recordByTheBook(const RecordOrigin& origin, const std::string& messa
     return std::string(record, std::min<std::size_t>(static_cast<std::size_t>(length), 500));
 }
 
-std::string recordOf(const RecordOrigin& origin, const std::string& message)
+std::string writtenRecord(const RecordOrigin& origin, const std::string& message)
 {
     RecordText record;
     record.fill('?');
@@ -105,7 +105,7 @@ TEST_F(RecordReference, IsMetByRandomRecords)
             1U << number(0, 8),
             source.c_str()};
         const std::string written = message();
-        ASSERT_EQ(recordByTheBook(origin, written), recordOf(origin, written)) << round;
+        ASSERT_EQ(recordByTheBook(origin, written), writtenRecord(origin, written)) << round;
     }
 }
 
@@ -118,7 +118,8 @@ TEST_F(RecordReference, IsMetAtEachLengthAroundTheCut)
         {
             const RecordOrigin origin{{12, 34567}, 817, FATAL, source.c_str()};
             const std::string written(5, byte);
-            ASSERT_EQ(recordByTheBook(origin, written), recordOf(origin, written)) << sourceLength;
+            ASSERT_EQ(recordByTheBook(origin, written), writtenRecord(origin, written))
+                << sourceLength;
         }
     }
 }
@@ -132,7 +133,7 @@ TEST_F(RecordReference, IsMetAtEachPlaceOfAnEscape)
         {
             std::string written(499, 'x');
             written[place] = byte;
-            ASSERT_EQ(recordByTheBook(origin, written), recordOf(origin, written)) << place;
+            ASSERT_EQ(recordByTheBook(origin, written), writtenRecord(origin, written)) << place;
         }
     }
 }
@@ -148,7 +149,7 @@ TEST_F(RecordReference, IsMetByNumbersThatNoDeviceHas)
             {
                 const RecordOrigin origin{
                     {static_cast<time_t>(seconds), nanoseconds}, pid, WARN, "w"};
-                ASSERT_EQ(recordByTheBook(origin, "m"), recordOf(origin, "m"));
+                ASSERT_EQ(recordByTheBook(origin, "m"), writtenRecord(origin, "m"));
             }
         }
     }
