@@ -2,13 +2,12 @@
 
 #include "ConfigThread.h"
 #include "LoggerProcess.h"
+#include "MessageFormat.h"
 #include "RedisLoggerPimpl.h"
 
-#include <algorithm>
 #include <mutex>
 
 #include <cstdarg>
-#include <cstdio>
 
 namespace orvo::Logger
 {
@@ -17,15 +16,6 @@ namespace
 {
 
 using Lock = std::lock_guard<std::mutex>;
-
-/// Formats into a message buffer; answers the stored length.
-[[gnu::format(printf, 2, 0)]] std::size_t formatMessage(char (&message)[kMessageCapacity],
-                                                        const char* format, va_list arguments)
-{
-    message[0] = '\0';
-    const int length = std::vsnprintf(message, sizeof message, format, arguments);
-    return std::min(static_cast<std::size_t>(std::max(length, 0)), sizeof message - 1);
-}
 
 // Not inline: most calls are masked out, and they shall not pay for the room of a message.
 
