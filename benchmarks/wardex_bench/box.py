@@ -6,7 +6,7 @@ from typing import Sequence
 
 from wardex_bench.building import REPOSITORY
 from wardex_bench.processes import Word
-from wardex_bench.row import Context, Unmeasured
+from wardex_bench.row import Context, NotHere
 
 NAMESPACES = ("--unshare-pid", "--unshare-net", "--unshare-ipc")
 
@@ -26,7 +26,7 @@ def boxed(context: Context, command: Sequence[Word]) -> list[Word]:
     Everything inside ends with the command. The row's scratch folder is shared with us.
     """
     if _refusal():
-        raise Unmeasured(f"this machine offers no namespaces: {_refusal()}")
+        raise NotHere(f"this machine offers no namespaces: {_refusal()}")
     return [
         *("bwrap", *NAMESPACES, "--new-session", "--die-with-parent"),
         *("--ro-bind", "/", "/", "--proc", "/proc", "--dev", "/dev"),

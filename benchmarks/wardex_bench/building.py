@@ -18,15 +18,22 @@ class BuildError(Exception):
 
 def build() -> None:
     """Builds daemon, drivers and yardsticks."""
-    FOLDER.mkdir(parents=True, exist_ok=True)
-    log = FOLDER / "bench-build.log"
+    try:
+        FOLDER.mkdir(parents=True, exist_ok=True)
+        # Two commands at once must not build in one folder.
+        with open(FOLDER / ".run-lock", "w", encoding="ascii") as lock:
+            fcntl.flock(lock, fcntl.LOCK_EX)
+            _build(FOLDER / "bench-build.log")
+    except OSError as error:
+        raise BuildError(f"cannot build in {FOLDER}: {error}") from error
+
+
+def _build(log: Path) -> None:
     steps = (
         ["cmake", "--preset", PRESET],
         ["cmake", "--build", "--preset", PRESET, "--target", "benchmarks"],
     )
-    # Two commands at once must not build in one folder.
-    with open(FOLDER / ".run-lock", "w", encoding="ascii") as lock, open(log, "wb") as output:
-        fcntl.flock(lock, fcntl.LOCK_EX)
+    with open(log, "wb") as output:
         for step in steps:
             if subprocess.run(step, cwd=REPOSITORY, stdout=output, stderr=output).returncode != 0:
                 words = log.read_text(errors="replace").splitlines()[-LAST_WORDS:]

@@ -1,23 +1,31 @@
 """The command ./bench."""
 
 import argparse
+import os
 import re
 import signal
 import sys
 import tempfile
+import time
 from pathlib import Path
 from types import FrameType
 from typing import NoReturn, Optional, Sequence
 
-from wardex_bench import building, rows, table
+from wardex_bench import building, document, rows, table
 from wardex_bench.building import BuildError
 from wardex_bench.progress import Progress
-from wardex_bench.row import Context, Row, Unmeasured
+from wardex_bench.row import Context, NotHere, Row, Unmeasured
 from wardex_bench.table import Line
 
 FAILED = 1
 WRONG_WORDS = 2
+# Load of the last minute above which times may scatter.
+BUSY = 0.7
 ENDS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
+
+
+class WrongWords(Exception):
+    """The words on the command line ask for nothing that there is."""
 
 
 class Stopped(BaseException):
@@ -48,6 +56,11 @@ def _parser() -> argparse.ArgumentParser:
         action="store_true",
         help="only prove that every row can be measured: few rounds, goals do not count",
     )
+    parser.add_argument(
+        "--write-docs",
+        action="store_true",
+        help=f"also put the table of this whole run into {document.PATH.name}",
+    )
     parser.add_argument("--list", action="store_true", help="print the names of the rows")
     return parser
 
@@ -59,10 +72,14 @@ def measured(row: Row, programs: Path, daemon: Path, short: bool, progress: Prog
         try:
             return Line(row, row.judged(row.measure(context)))
         except (Unmeasured, OSError) as error:
-            return Line(row, None, f"not measured: {error}")
+            return Line(row, None, f"not measured: {error}", isinstance(error, NotHere))
 
 
 def _measure(wanted: Sequence[Row], arguments: argparse.Namespace) -> int:
+    begin = time.monotonic()
+    load = os.getloadavg()[0]
+    if load > BUSY:
+        print(f"Beware: others use this machine (load {load:.1f}).", file=sys.stderr)
     print("Building (release) ...", file=sys.stderr)
     building.build()
     progress = Progress(sys.stderr, len(wanted))
@@ -71,10 +88,14 @@ def _measure(wanted: Sequence[Row], arguments: argparse.Namespace) -> int:
         progress.row(row.name)
         lines.append(measured(row, building.PROGRAMS, building.DAEMON, arguments.short, progress))
         progress.done(table.verdict(lines[-1]))
+    print(f"Done in {time.monotonic() - begin:.0f} s.", file=sys.stderr)
     print(table.as_json(lines) if arguments.json else table.text(lines))
+    if arguments.write_docs:
+        document.write(lines)
+        print(f"The table is in {document.PATH}.", file=sys.stderr)
     if arguments.short:
         print("Short run: the figures only show that the rows work.", file=sys.stderr)
-        return FAILED if any(line.result is None for line in lines) else 0
+        return FAILED if any(line.failure and not line.is_impossible for line in lines) else 0
     return 0 if all(line.passed for line in lines) else FAILED
 
 
@@ -82,23 +103,31 @@ def main(words: Sequence[str]) -> int:
     """Does what the words ask for."""
     for end in ENDS:
         signal.signal(end, _stop)
-    arguments = _parser().parse_args(words)
+    try:
+        return _perform(_parser().parse_args(words))
+    except WrongWords as error:
+        return _complain(str(error), WRONG_WORDS)
+    except (BuildError, document.DocumentError) as error:
+        return _complain(str(error), FAILED)
+    except Stopped as stopped:
+        return _complain(f"ended by signal {stopped.number}", 128 + stopped.number)
+
+
+def _complain(text: str, status: int) -> int:
+    print(f"bench: {text}", file=sys.stderr)
+    return status
+
+
+def _perform(arguments: argparse.Namespace) -> int:
     try:
         wanted = [row for row in rows.ALL if re.search(arguments.rows or "", row.name)]
     except re.error as error:
-        print(f"bench: '{arguments.rows}' is no regular expression: {error}", file=sys.stderr)
-        return WRONG_WORDS
+        raise WrongWords(f"'{arguments.rows}' is no regular expression: {error}") from None
+    if not wanted:
+        raise WrongWords(f"no row matches '{arguments.rows}': see ./bench --list")
     if arguments.list:
         print("\n".join(row.name for row in wanted))
         return 0
-    if not wanted:
-        print(f"bench: no row matches '{arguments.rows}': see ./bench --list", file=sys.stderr)
-        return WRONG_WORDS
-    try:
-        return _measure(wanted, arguments)
-    except BuildError as error:
-        print(f"bench: {error}", file=sys.stderr)
-        return FAILED
-    except Stopped as stopped:
-        print(f"\nbench: ended by signal {stopped.number}", file=sys.stderr)
-        return 128 + stopped.number
+    if arguments.write_docs and (arguments.short or arguments.rows):
+        raise WrongWords("only a whole run goes into the documents")
+    return _measure(wanted, arguments)

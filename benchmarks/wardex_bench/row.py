@@ -9,6 +9,10 @@ class Unmeasured(Exception):
     """A row cannot be measured here; the message says why and what to do."""
 
 
+class NotHere(Unmeasured):
+    """The same, because of what this machine is: nothing that a person could install helps."""
+
+
 @dataclass(frozen=True)
 class Context:
     """What a measurement may use.

@@ -14,18 +14,20 @@ HEADINGS = ("metric", "ours", "yardstick", "ratio", "goal", "met")
 
 @dataclass(frozen=True)
 class Line:
-    """A row with what came out; failure: why nothing did."""
+    """A row with what came out; failure: why nothing did.
+
+    is_impossible: nothing ever can on a machine like this.
+    """
 
     row: Row
     result: Optional[Result]
     failure: str = ""
+    is_impossible: bool = False
 
     @property
     def passed(self) -> bool:
         """Whether this line lets the command end well."""
-        if self.result is None:
-            return False
-        return self.result.met is not False
+        return self.row.goal is None or (self.result is not None and self.result.met is True)
 
 
 def figure(value: Optional[float], unit: str = "") -> str:
