@@ -30,7 +30,7 @@ endfunction()
 #
 # The test_*.py of a folder; each of their claims becomes a test of its own in ctest (with BY_FILE
 # those of a file together: starting Python costs more than a small claim), and what pytest skips is
-# Skipped there too. They import the simulator's package, and find the built
+# Skipped there too. They import the packages of the simulator and the benchmarks, and find the built
 # programs in the folder that WARDEX_BIN names.
 function(wardex_add_pytest name)
     cmake_parse_arguments(ARG "BY_FILE" "LABEL;FOLDER;TIMEOUT" "" ${ARGN})
@@ -42,16 +42,19 @@ function(wardex_add_pytest name)
         set(ARG_TIMEOUT 60)
     endif()
     file(GLOB files CONFIGURE_DEPENDS ${ARG_FOLDER}/*.py)
-    file(GLOB simulator CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/simulator/wardex_desk/*.py)
+    file(GLOB packages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/simulator/wardex_desk/*.py
+        ${PROJECT_SOURCE_DIR}/benchmarks/wardex_bench/*.py
+        ${PROJECT_SOURCE_DIR}/benchmarks/wardex_bench/rows/*.py)
     set(python /usr/bin/python3)
     set(claims ${PROJECT_SOURCE_DIR}/tests/support/pytest_claims.py)
     set(collected ${CMAKE_CURRENT_BINARY_DIR}/${name}_claims.cmake)
-    set(path PYTHONPATH=${PROJECT_SOURCE_DIR}/simulator PYTHONDONTWRITEBYTECODE=1
+    set(path PYTHONPATH=${PROJECT_SOURCE_DIR}/simulator:${PROJECT_SOURCE_DIR}/benchmarks
+        PYTHONDONTWRITEBYTECODE=1
         PYTEST_DISABLE_PLUGIN_AUTOLOAD=1)
     add_custom_command(OUTPUT ${collected}
         COMMAND ${CMAKE_COMMAND} -E env ${path} ${python} ${claims} collect
             ${name} ${collected} ${ARG_LABEL} ${ARG_TIMEOUT} ${ARG_FOLDER} ${unit}
-        DEPENDS ${files} ${simulator} ${claims}
+        DEPENDS ${files} ${packages} ${claims}
         COMMENT "Collecting the claims of ${name}")
     add_custom_target(${name} ALL DEPENDS ${collected})
 

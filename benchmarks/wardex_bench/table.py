@@ -35,7 +35,7 @@ def figure(value: Optional[float], unit: str = "") -> str:
     if value is None:
         return "-"
     size = abs(value)
-    if size >= 1000:
+    if size >= 999.5:
         text = f"{value:,.0f}".replace(",", " ")
     elif size >= 100 or value == int(value):
         text = f"{value:.0f}"
