@@ -62,11 +62,13 @@ TEST_F(GetConfig, CutsTheItemTo127Characters)
                 ElementsAre(std::string("\x80\x00\x04\x00", 4) + std::string(127, 'i') + '\0'));
 }
 
-TEST_F(GetConfig, SendsAnItemOf127CharactersWhole)
+TEST_F(GetConfig, SendsAnItemOf127CharactersWholeAndNoneOf128)
 {
-    const std::string item(127, 'i');
-    EXPECT_EQ(7, ask(item.c_str()));
-    EXPECT_EQ(item + '\0', m_server.requests().at(0).substr(4));
+    const std::string longest = std::string(127, 'i') + '\0';
+    EXPECT_EQ(7, ask(std::string(127, 'i').c_str()));
+    EXPECT_EQ(7, ask(std::string(128, 'i').c_str()));
+    EXPECT_EQ(longest, m_server.requests().at(0).substr(4));
+    EXPECT_EQ(longest, m_server.requests().at(1).substr(4));
 }
 
 TEST_F(GetConfig, LeavesTheOutArgumentUntouchedWhenTheResultWordIsZero)
@@ -92,10 +94,13 @@ TEST_F(GetConfig, ReturnsAnEmptyTextWhenOnlyTheResultWordIsSet)
 
 TEST_F(GetConfig, ReturnsAValueThatFillsItsFieldToTheLastByte)
 {
-    const std::string value(1024, 'v');
-    m_server.answersConfig(value, 1024);
-    EXPECT_EQ(1024, ask("Bind-Address"));
-    EXPECT_EQ(value, m_text);
+    for (const std::size_t length : {1023U, 1024U})
+    {
+        const std::string value(length, 'v');
+        m_server.answersConfig(value, static_cast<std::int32_t>(length));
+        EXPECT_EQ(static_cast<std::int32_t>(length), ask("Bind-Address"));
+        EXPECT_EQ(value, m_text);
+    }
 }
 
 TEST_F(GetConfig, RefusesACallWithoutAnItem)

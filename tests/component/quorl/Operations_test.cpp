@@ -61,6 +61,16 @@ TEST_F(QuorlOperations, EmitDataReadySendsNoMoreOfTheNameThanTheLengthGiven)
     EXPECT_THAT(m_server.requests(), ElementsAre(frame("data-ready-short")));
 }
 
+TEST_F(QuorlOperations, EmitDataReadySendsANameOfTwelveBytesWholeAndNoneOfThirteen)
+{
+    m_server.answers(word(0));
+    EXPECT_EQ(0, quorl_emit_data_ready("frame-buffer", 12, 1, 2));
+    EXPECT_EQ(0, quorl_emit_data_ready("frame-buffers", 13, 1, 2));
+    const auto requests = m_server.requests();
+    EXPECT_EQ("frame-buffer", requests.at(0).substr(4, 12));
+    EXPECT_EQ(requests.at(0), requests.at(1));
+}
+
 TEST_F(QuorlOperations, EmitDataReadyRefusesAMissingNameWithoutAWord)
 {
     EXPECT_EQ(-1, quorl_emit_data_ready(nullptr, 3, 1, 2));
@@ -97,9 +107,13 @@ TEST_F(QuorlOperations, EmitAsyncMsgSendsAnEmptyTextForAMissingOne)
 TEST_F(QuorlOperations, EmitAsyncMsgCutsTheTextTo4095Characters)
 {
     m_server.answers(word(0));
-    quorl_emit_async_msg(1, -2, std::string(5000, 'm').c_str());
-    EXPECT_EQ(word(-2) + std::string(4095, 'm') + '\0' + word(1),
-              m_server.requests().at(0).substr(4));
+    for (const std::size_t length : {4095U, 4096U, 5000U})
+    {
+        quorl_emit_async_msg(1, -2, std::string(length, 'm').c_str());
+        EXPECT_EQ(word(-2) + std::string(4095, 'm') + '\0' + word(1),
+                  m_server.requests().back().substr(4))
+            << length;
+    }
 }
 
 TEST_F(QuorlOperations, EmitAsyncMsgLogsAFailedCallAtWarn)
@@ -136,8 +150,13 @@ TEST_F(QuorlOperations, EmitJsonOutputFormatUpdateStopsAtATerminatorBeforeTheLen
 TEST_F(QuorlOperations, EmitJsonOutputFormatUpdateCutsTheTextTo1023Characters)
 {
     m_server.answers(word(0));
-    EXPECT_EQ(0, quorl_emit_json_output_format_update(std::string(2000, 'j').c_str(), 2000, 1));
-    EXPECT_EQ(std::string(1023, 'j') + '\0' + word(1), m_server.requests().at(0).substr(4));
+    for (const std::size_t length : {1023U, 1024U, 2000U})
+    {
+        const std::string text(length, 'j');
+        EXPECT_EQ(0, quorl_emit_json_output_format_update(text.c_str(), length, 1));
+        EXPECT_EQ(std::string(1023, 'j') + '\0' + word(1), m_server.requests().back().substr(4))
+            << length;
+    }
 }
 
 TEST_F(QuorlOperations, EmitJsonOutputFormatUpdateRefusesAMissingTextWithoutAWord)
@@ -169,9 +188,13 @@ TEST_F(QuorlOperations, QueryTextReturnsTheTextWithTheResultWord)
 
 TEST_F(QuorlOperations, QueryTextReturnsATextThatFillsItsFieldToTheLastByte)
 {
-    m_server.answers(std::string(256, 't') + word(256));
-    EXPECT_EQ(256, queryText());
-    EXPECT_EQ(std::string(256, 't'), m_text);
+    for (const std::size_t length : {255U, 256U})
+    {
+        const std::string text(length, 't');
+        m_server.answers(filled(text, 256) + word(static_cast<std::int32_t>(length)));
+        EXPECT_EQ(static_cast<std::int32_t>(length), queryText());
+        EXPECT_EQ(text, m_text);
+    }
 }
 
 TEST_F(QuorlOperations, QueryTextLeavesTheOutArgumentUntouchedWhenTheResultWordIsZero)
