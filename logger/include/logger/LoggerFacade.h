@@ -33,8 +33,9 @@ enum LoggerIndex
 // Threads: any.
 // Errors:  nothing is thrown, not even when Redis cannot be reached: the first text then switches
 //          to syslog.
-// On the device: Redis records carry the program's short name, level and texts as they are;
-//          syslog gets facility LOG_LOCAL1 with the process id, and standard error a copy.
+// On the device: Redis records carry the program's short name, level and texts as they are. Syslog
+//          gets facility LOG_LOCAL1 with the process id, and standard error a copy, when
+//          loggerInit() has opened it; after a turn from Redis facility LOG_USER and no copy.
 
 /// Sets the mode; takes effect with the next text, but syslog and Redis want a loggerInit().
 void loggerSetMode(int mode);

@@ -148,6 +148,20 @@ TEST_F(LoggerFacade, SwitchesToSyslogWithoutALogger)
                             Message{LOG_INFO, "one"}));
 }
 
+TEST_F(LoggerFacade, SwitchesToASyslogThatNobodyHasOpened)
+{
+    // As in a process that has never opened it; closelog() alone keeps what was set.
+    openlog(nullptr, 0, LOG_USER);
+    closelog();
+    const test::StreamCapture errors(STDERR_FILENO);
+    loggerSetMode(LoggerRedis);
+    EXPECT_EQ(-1, loggerInfo("one"));
+    EXPECT_EQ("", errors.text());
+    ASSERT_EQ(2U, m_syslog.messages().size());
+    EXPECT_EQ(LOG_USER, m_syslog.messages()[1].facility);
+    EXPECT_EQ(program_invocation_short_name, m_syslog.messages()[1].origin);
+}
+
 TEST_F(LoggerFacade, ReadsDoubledPercentSignsOnTheWayToSyslogAndNoOther)
 {
     loggerSetMode(LoggerRedis);

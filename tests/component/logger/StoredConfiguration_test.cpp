@@ -208,6 +208,17 @@ TEST_F(SavedConfiguration, IsTakenWhenTheServerAnswersWithIt)
                             "255\n}\n"));
 }
 
+TEST_F(SavedConfiguration, IsNotTakenWhenTheServerRefusesIt)
+{
+    m_storeClient.command({"SET", kConfigHash, "no hash"});
+    const test::StreamCapture output(STDOUT_FILENO);
+    const test::StreamCapture errors(STDERR_FILENO);
+    EXPECT_EQ(0, m_logger.saveConfig("wardex", 255, -1, ""));
+    EXPECT_EQ("", output.text());
+    EXPECT_EQ("", errors.text());
+    EXPECT_EQ("mask(0xf0), SigSegV Regexp(), max logs(10000)", valuesOfTheLogger());
+}
+
 TEST_F(SavedConfiguration, IsNotTakenWhenTheServerHangsUp)
 {
     m_store.stop();
