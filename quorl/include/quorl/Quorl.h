@@ -6,13 +6,20 @@
 /// The client of the quorl service: each call opens a connection to the service's Unix socket, asks
 /// once and closes it again.
 ///
+/// Shape:   what goes over the socket is told by quorl/QuorlWire.h.
+/// Units:   lengths in bytes, terminator not included. What is too long is cut without a word.
 /// Owns:    nothing between the calls. A text that is handed out belongs to the caller, who frees
 ///          it with free().
-/// Threads: any; calls do not share anything but the process-wide log facade, which the first call
-///          sets up. A call blocks for as long as the service takes: a service that accepts and
-///          never answers holds its caller for ever.
+/// Threads: any; calls do not share anything but the process-wide log facade. A call blocks for as
+///          long as the service takes: a service that accepts and never answers holds its caller
+///          for ever.
 /// Errors:  nothing is repeated and nothing thrown. The reason of a failed connection is told on
-///          standard error, the failed operation through the log facade.
+///          standard error, the failed operation through the log facade: at DEBUG, but at WARN for
+///          quorl_emit_async_msg() and on standard error for quorl_queryText(). A service that has
+///          gone raises no SIGPIPE.
+/// On the device: quorl listens on kSocketPath. The first call of a process turns its log facade to
+///          Redis, whatever its mode was (loggerSetMode() takes it back), and so starts the
+///          logger's configuration thread; see logger/LoggerFacade.h.
 
 /// Asks for a configuration item; of its name the first 127 characters count.
 ///

@@ -6,8 +6,9 @@
 /// The protocol of the quorl service, which answers one request per connection and then closes.
 ///
 /// Shape:   request: payload length (2 bytes), command (2 bytes), payload; reply: as many bytes as
-///          the command calls for, without a header. Texts are zero-filled to their full width;
-///          one that fills it has no terminator.
+///          the command calls for, without a header. Texts are zero-filled to their full width.
+///          In a request they end with at least one zero byte, but for the name of
+///          quorl_emit_data_ready; in a reply one that fills its width has no terminator.
 /// Units:   bytes. Numbers are in the device's own order, which is little-endian.
 /// On the device: the service is the other end of every figure here.
 namespace orvo::QuorlWire
@@ -49,7 +50,7 @@ struct ConfigReply
 };
 static_assert(sizeof(ConfigReply) == 1028 && offsetof(ConfigReply, result) == 1024);
 
-/// quorl_emit_data_ready; the reply is one word. The name needs no terminator.
+/// quorl_emit_data_ready; the reply is one word.
 struct DataReadyRequest
 {
     char name[12];
