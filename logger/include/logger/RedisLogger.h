@@ -74,7 +74,9 @@ public:
 
     /// Stores a configuration for the programs called source in LOG:PERM:CFG. A mask below 0, a
     /// maximum below 1 and an empty pattern leave that value out of it; with none of them, or
-    /// without a source, nothing is stored and a WARN record says so.
+    /// without a source, nothing is stored and a WARN record says so. Source and pattern go into
+    /// the JSON text as they are: a backslash or a quote in them has to come escaped already.
+    /// A server (kConfigSocket) that cannot be reached is told on standard error; 0 then.
     ///
     /// Stored is not published: running loggers, this one too, keep their values. 1 would tell that
     /// the values were also taken by this logger, which no Redis server known makes happen: it
