@@ -16,6 +16,9 @@
 #include <ostream>
 #include <string>
 #include <thread>
+
+#include <netinet/in.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 namespace orvo::Logger
@@ -44,6 +47,31 @@ std::unique_ptr<RedisLogger> makeLogger(const std::string& source = "wardex")
 {
     return std::make_unique<RedisLogger>(source, kLogSocket, kLogList, false);
 }
+
+/// A server on the loopback that never takes a connection up; one may wait.
+class TcpListener
+{
+public:
+    TcpListener() : m_descriptor(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+    {
+        m_address.sin_family = AF_INET;
+        m_address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        auto* address = reinterpret_cast<sockaddr*>(&m_address);
+        socklen_t length = sizeof m_address;
+        EXPECT_EQ(0, bind(m_descriptor, address, length));
+        EXPECT_EQ(0, listen(m_descriptor, 0));
+        EXPECT_EQ(0, getsockname(m_descriptor, address, &length));
+    }
+    ~TcpListener() { close(m_descriptor); }
+    TcpListener(const TcpListener&) = delete;
+    TcpListener& operator=(const TcpListener&) = delete;
+
+    [[nodiscard]] int port() const { return ntohs(m_address.sin_port); }
+
+private:
+    int m_descriptor;
+    sockaddr_in m_address{};
+};
 
 } // namespace
 
@@ -198,6 +226,22 @@ TEST(ConfigurationThreadWithoutConnection, DoesNotKeepTheConstructorWaiting)
     EXPECT_TRUE(test::eventually([&] { return threadsOfThisProcess() == before; }));
     logger.reset();
     EXPECT_EQ("Error: Resource temporarily unavailable\n", errors.text());
+}
+
+// The logger's own connection fills the server's queue, so that the thread's is still on its way
+// when the server goes.
+TEST(ConfigurationThreadWithoutConnection, TellsThatItsConnectionWasRefusedLater)
+{
+    std::optional<TcpListener> listener(std::in_place);
+    const test::StreamCapture errors(STDERR_FILENO);
+    auto logger =
+        std::make_unique<RedisLogger>("wardex", "127.0.0.1", listener->port(), kLogList, false);
+    EXPECT_EQ("", errors.text());
+    listener.reset();
+    EXPECT_TRUE(test::eventually([&] { return errors.text() == "Error: Connection refused\n"; }))
+        << errors.text();
+    logger.reset();
+    EXPECT_EQ("Error: Connection refused\n", errors.text());
 }
 
 TEST(ConfigurationThreadWithoutConnection, DoesNotKeepTheLoggerFromWriting)
