@@ -71,6 +71,13 @@ std::vector<std::string> readEntries(redisContext* connection, const std::string
 std::vector<std::string> readFilteredEntries(redisContext* connection, const std::string& listKey,
                                              int first, int last, const std::string& condition)
 {
+    const std::size_t zero = condition.find('\0');
+    if (zero != std::string::npos)
+    {
+        // What stands before it could be a condition, too, and mean something else.
+        std::fprintf(stderr, "getLogEntriesFiltered: condition has a zero byte at %zu\n", zero);
+        return {};
+    }
     char script[kFilterScriptCapacity];
     const int length = std::snprintf(script, sizeof script, kFilterScript, listKey.c_str(), first,
                                      last, condition.c_str());

@@ -90,7 +90,8 @@ public:
 
     /// As getLogEntries(), but only records for which a Lua expression over the variable `entry`
     /// holds, for example string.find(entry, '"C":"ERROR"'). Redis evaluates it, unchecked. One too
-    /// long for the script (kFilterScriptCapacity) is refused on standard error.
+    /// long for the script (kFilterScriptCapacity), or with a zero byte in it, is refused on
+    /// standard error.
     std::vector<std::string> getLogEntriesFiltered(int first, int last,
                                                    const std::string& condition);
 

@@ -5,8 +5,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <ostream>
 #include <string>
 #include <unistd.h>
+#include <vector>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -123,6 +126,15 @@ TEST_F(LogRetrieval, TakesAConditionThatFillsTheScript)
     EXPECT_THAT(m_logger.getLogEntriesFiltered(0, -1, std::string(100000, ' ')), IsEmpty());
 }
 
+// Lua, and so Redis, would see the condition up to there and take that for all of it.
+TEST_F(LogRetrieval, RefusesAConditionWithAZeroByte)
+{
+    const test::StreamCapture errors(STDERR_FILENO);
+    const std::string condition("true\0 and false", 15);
+    EXPECT_THAT(m_logger.getLogEntriesFiltered(0, -1, condition), IsEmpty());
+    EXPECT_EQ("getLogEntriesFiltered: condition has a zero byte at 4\n", errors.text());
+}
+
 TEST_F(LogRetrieval, CountsAndClears)
 {
     EXPECT_EQ(3, m_logger.getLogEntryCount());
@@ -215,6 +227,60 @@ TEST(StrangeLogRetrieval, GivesNothingFromAnotherKindOfAnswer)
     EXPECT_EQ(1, logger.clearLogEntries());
     EXPECT_EQ("", errors.text());
 }
+
+/// What a server that is out of order may answer to a question before it hangs up.
+struct BadAnswer
+{
+    std::string name;
+    std::string bytes;
+};
+
+void PrintTo(const BadAnswer& answer, std::ostream* stream)
+{
+    *stream << answer.name;
+}
+
+class LogRetrievalAnswered : public testing::TestWithParam<BadAnswer>
+{
+protected:
+    const test::ScriptedRedis m_server{
+        kLogSocket, [](const std::vector<std::string>& command)
+        {
+            const bool isOurs = command[0] != "SUBSCRIBE";
+            return test::ScriptedAnswer{isOurs ? GetParam().bytes : "", isOurs};
+        }};
+    // Keeps the configuration thread, whose end would take a second each time.
+    const RedisLogger m_first{"first", kLogSocket, kLogList, false};
+};
+
+TEST_P(LogRetrievalAnswered, GivesNothing)
+{
+    using Question = std::function<bool(RedisLogger&)>;
+    const std::vector<Question> questions{
+        [](RedisLogger& logger) { return logger.getLogEntries(0, -1).empty(); },
+        [](RedisLogger& logger) { return logger.getLogEntriesFiltered(0, -1, "true").empty(); },
+        [](RedisLogger& logger) { return logger.getLogEntryCount() == 0; },
+        [](RedisLogger& logger)
+        {
+            return logger.clearLogEntries() == 0;
+        }};
+    const test::StreamCapture errors(STDERR_FILENO);
+    for (const Question& question : questions)
+    {
+        RedisLogger logger("wardex", kLogSocket, kLogList, false);
+        EXPECT_TRUE(question(logger));
+    }
+    EXPECT_EQ("", errors.text());
+}
+
+INSTANTIATE_TEST_SUITE_P(By, LogRetrievalAnswered,
+                         testing::Values(BadAnswer{"HalfAList", "*2\r\n$3\r\none\r\n"},
+                                         BadAnswer{"HalfARecord", "*2\r\n$3\r\none\r\n$9\r\ntw"},
+                                         BadAnswer{"HalfANumber", ":3"},
+                                         BadAnswer{"APush", ">2\r\n+invalidate\r\n*0\r\n"},
+                                         BadAnswer{"WhatIsNoAnswer", "hello\r\n"}),
+                         [](const testing::TestParamInfo<BadAnswer>& answer)
+                         { return answer.param.name; });
 
 TEST(StrangeLogRetrieval, SendsTheScriptToTheByte)
 {
