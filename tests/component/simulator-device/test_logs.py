@@ -1,14 +1,18 @@
 """./run logs on a device that is up, from another process."""
 
 import os
+import re
+import shlex
 import subprocess
 import sys
+from pathlib import Path
 
 import pytest
 
 from wardex_desk.waiting import poll
 
 BOUND = 20.0
+DOCUMENT = Path(__file__).resolve().parents[3] / "docs/logging.md"
 
 
 def run(home, *words):
@@ -20,6 +24,12 @@ def logs(home, *words):
     """Runs the command to its end: its exit status, what it prints, and what it complains about."""
     outcome = subprocess.run(run(home, *words), capture_output=True, text=True, timeout=BOUND)
     return outcome.returncode, outcome.stdout.splitlines(), outcome.stderr.splitlines()
+
+
+def documented():
+    """The words of each ./run logs that the document shows, as lists for parametrize."""
+    commands = re.findall(r"^\./run logs\b.*$", DOCUMENT.read_text("utf-8"), re.MULTILINE)
+    return [pytest.param(shlex.split(command)[2:], id=command) for command in commands]
 
 
 def record(text, level="WARN", time="1.0000"):
@@ -117,6 +127,20 @@ def test_reading_writes_no_record(camera, home):
     logs(home)
     with camera.connect_redis() as cache:
         assert cache.command("LLEN", "LOG:ENTRIES") == 1
+
+
+@pytest.mark.parametrize("words", documented())
+def test_documented_command_shows_records(camera, home, follower, words):
+    push(camera, record("com.orvo.pictor is dead", "ERROR"))
+    if "-f" in words:
+        _, lines = follower(*(word for word in words if word != "-f"))
+        assert poll(lambda: of_test(lines()) == ["com.orvo.pictor is dead"], BOUND)
+    else:
+        assert of_test(logs(home, *words)[1]) == ["com.orvo.pictor is dead"]
+
+
+def test_document_shows_commands():
+    assert len(documented()) == 4
 
 
 def test_following_shows_each_record_once(camera, home, follower):
