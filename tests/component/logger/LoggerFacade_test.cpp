@@ -1,5 +1,6 @@
 #include "logger/LoggerFacade.h"
 
+#include "Eventually.h"
 #include "LogRecords.h"
 #include "RedisClient.h"
 #include "RedisServer.h"
@@ -10,11 +11,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <string>
 #include <syslog.h>
+#include <thread>
 #include <unistd.h>
+#include <vector>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -255,6 +260,45 @@ TEST_F(LoggerFacadeOnRedis, SwitchesToSyslogWhenRedisGoesAway)
     EXPECT_THAT(m_syslog.messages(),
                 ElementsAre(Message{LOG_WARNING, "Logger failure: Switching to syslog."},
                             Message{LOG_ERR, "two"}, Message{LOG_INFO, "three"}));
+}
+
+TEST_F(LoggerFacadeOnRedis, LosesNoTextOfOtherThreadsWhenItIsShutDownAndSetUp)
+{
+    constexpr int kThreads = 4;
+    constexpr int kTexts = 100;
+    select(LoggerRedis);
+    std::atomic<int> written{0};
+    std::vector<std::thread> threads;
+    threads.reserve(kThreads);
+    for (int thread = 0; thread < kThreads; ++thread)
+    {
+        threads.emplace_back(
+            [&written]
+            {
+                for (int text = 0; text < kTexts; ++text)
+                {
+                    loggerWrite(LoggerError, "one");
+                    ++written;
+                }
+            });
+    }
+    loggerShutdown();
+    select(LoggerRedis);
+    // A syslog that nobody reads keeps its writers waiting.
+    EXPECT_TRUE(test::eventually(
+        [&]
+        {
+            (void)m_syslog.messages();
+            return written == kThreads * kTexts;
+        }));
+    for (std::thread& thread : threads)
+    {
+        thread.join();
+    }
+    const auto& turned = m_syslog.messages();
+    EXPECT_EQ(kThreads * kTexts,
+              m_records.count("ERROR", "one") +
+                  std::count(turned.begin(), turned.end(), Message{LOG_ERR, "one"}));
 }
 
 TEST_F(LoggerFacadeOnRedis, StartsAnewAfterAShutdown)
