@@ -100,8 +100,14 @@ bool ConfigThread::connect()
     redisLibeventAttach(m_connection.get(), m_base.get());
     redisAsyncSetConnectCallback(m_connection.get(), connectCallback);
     redisAsyncSetDisconnectCallback(m_connection.get(), disconnectCallback);
-    return redisAsyncCommand(m_connection.get(), configThreadCb, this, "SUBSCRIBE %s",
-                             kConfigChannel) == REDIS_OK;
+    if (redisAsyncCommand(m_connection.get(), configThreadCb, this, "SUBSCRIBE %s",
+                          kConfigChannel) != REDIS_OK)
+    {
+        std::fputs("Error: no subscription\n", stderr);
+        m_connection.reset();
+        return false;
+    }
+    return true;
 }
 
 void ConfigThread::run()

@@ -1,5 +1,7 @@
 #include "SubscriptionMessage.h"
 
+#include "logger/Subscription.h"
+
 #include <hiredis/hiredis.h>
 
 #include <cstring>

@@ -1,18 +1,20 @@
 #include "LogDevice.h"
 #include "StreamCapture.h"
 
-#include <hiredis/hiredis.h>
+#include <hiredis/async.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstring>
-#include <dlfcn.h>
 #include <string>
 #include <string_view>
+
+#include <cstdarg>
+#include <cstring>
+#include <dlfcn.h>
 #include <unistd.h>
 
-// A device without memory: this program's own versions of two hiredis functions refuse on demand,
+// A device without memory: this program's own versions of some hiredis functions refuse on demand,
 // as the library's do when an allocation fails.
 
 namespace
@@ -31,7 +33,27 @@ bool& refusesConnections()
     return refuses;
 }
 
+bool& refusesSubscriptions()
+{
+    static bool refuses = false;
+    return refuses;
+}
+
 } // namespace
+
+extern "C" int redisAsyncCommand(redisAsyncContext* context, redisCallbackFn* callback,
+                                 void* privateData, const char* format, ...)
+{
+    if (refusesSubscriptions())
+    {
+        return REDIS_ERR;
+    }
+    va_list arguments;
+    va_start(arguments, format);
+    const int result = redisvAsyncCommand(context, callback, privateData, format, arguments);
+    va_end(arguments);
+    return result;
+}
 
 extern "C" int redisAppendFormattedCommand(redisContext* context, const char* text, size_t length)
 {
@@ -126,6 +148,17 @@ TEST_F(RefusedMemory, ForTheConfigurationStoreIsToldLikeAnUnreachableOne)
     EXPECT_EQ(0, m_logger.saveConfig("wardex", 255, -1, ""));
     EXPECT_EQ("saveConfig: Redis connection problem for connecting via /tmp/redis.sock\n",
               errors.text());
+}
+
+TEST(RefusedSubscription, IsToldAndDoesNotKeepTheLoggerFromWriting)
+{
+    const test::RedisServer cache(kLogSocket);
+    const test::StreamCapture errors(STDERR_FILENO);
+    refusesSubscriptions() = true;
+    RedisLogger logger("wardex", kLogSocket, kLogList, false);
+    refusesSubscriptions() = false;
+    EXPECT_EQ("Error: no subscription\n", errors.text());
+    EXPECT_EQ(3, logger.log(WARN, "one"));
 }
 
 } // namespace orvo::Logger
