@@ -30,7 +30,7 @@ inline double processorSeconds()
 [[noreturn]] inline void fail(const char* why)
 {
     std::fprintf(stderr, "%s\n", why);
-    std::exit(EXIT_FAILURE);
+    std::_Exit(EXIT_FAILURE);
 }
 
 /// Ends a program whose figures are printed without destroying its objects: a logger waits up to a
