@@ -140,6 +140,22 @@ def test_crash_pattern_that_matches_a_part_only_or_is_none_does_no_harm(quiet):
     assert complaints[0].startswith("redisPushLog: segvregex(([) matches nothing: ")
 
 
+@pytest.mark.parametrize(
+    "pattern",
+    # Deepest in the thread that listens, which announces what it has heard: on its small stack.
+    ["(" * 500 + ")" * 500, "(" * 1000, "|" * 1000, "(?:" + "^" * 300 + "){6}", "(a*)*" * 200],
+    ids=["groups", "open groups", "alternatives", "repeated assertions", "nested repetitions"],
+)
+def test_worst_crash_pattern_fits_the_stack(quiet, pattern):
+    camera = quiet()
+    publish(camera, {"source": "all", "segvregex": pattern})
+    publish(camera, {"source": "all", "segvregex": "done"})
+    assert announced(camera) == ["mask(0xf0), SigSegV Regexp(done), max logs(10000)"]
+    # The first announcement, too, though too long for the whole pattern.
+    assert sum(text.startswith("Applying new log") for text in camera.texts("INFO")) == 2
+    assert camera.process()
+
+
 def test_own_source_and_own_process_are_meant(quiet):
     camera = quiet()
     publish(camera, {"source": "wardex", "max": 500})

@@ -9,6 +9,10 @@ PANIC_SETTING = "/proc/sys/kernel/panic"
 NO_SCHEDULING = "sched_setscheduler() failed: (Operation not permitted)"
 NO_LOCKING = "mlockall() failed: (Operation not permitted)"
 TOO_MUCH_TO_LOCK = "mlockall() failed: (Cannot allocate memory)"
+GUARDED = ("---p", "rw-p")
+LOGGER_STACK = 560 * 1024
+THREAD_STACK = 256 * 1024
+DEFAULT_STACK_KB = 8192
 # Starts the daemon, under its own name, with fewer rights than the boot program has.
 WITH_LESS = """#!/bin/sh
 exec setpriv --bounding-set={} prlimit --rtprio=0 --memlock={} /opt/orvo/sbin/wardex
@@ -52,10 +56,37 @@ def threads(camera):
     return [tuple(line.split()) for line in output.splitlines()]
 
 
+def status_kb(camera, field):
+    """A size of the supervisor's memory, as the kernel tells it."""
+    status = camera.run("cat", f"/proc/{camera.process()}/status")[1]
+    return int(re.search(rf"^{field}:\s*(\d+) kB$", status, re.MULTILINE)[1])
+
+
 def locked_kb(camera):
     """How much of its memory the supervisor has locked."""
-    status = camera.run("cat", f"/proc/{camera.process()}/status")[1]
-    return int(re.search(r"^VmLck:\s*(\d+) kB$", status, re.MULTILINE)[1])
+    return status_kb(camera, "VmLck")
+
+
+def resident_kb(camera):
+    """How much memory it has in all."""
+    return status_kb(camera, "VmRSS")
+
+
+def stack_bytes(camera):
+    """The sizes of the thread stacks that the C library made: those with a guard page below."""
+    lines = camera.run("cat", f"/proc/{camera.process()}/maps")[1].splitlines()
+    areas = [re.match(r"([0-9a-f]+)-([0-9a-f]+) (\S+) \S+ \S+ 0 *$", line) for line in lines]
+    sizes = []
+    for guard, stack in zip(areas, areas[1:]):
+        if guard and stack and guard[2] == stack[1] and (guard[3], stack[3]) == GUARDED:
+            sizes.append(int(stack[2], 16) - int(stack[1], 16))
+    return sizes
+
+
+def private_dirty_kb(camera):
+    """How much of the memory is the supervisor's alone and differs from every file."""
+    rollup = camera.run("cat", f"/proc/{camera.process()}/smaps_rollup")[1]
+    return int(re.search(r"^Private_Dirty:\s*(\d+) kB$", rollup, re.MULTILINE)[1])
 
 
 def refusals(camera):
@@ -79,6 +110,24 @@ def test_memory_is_locked_and_nothing_refused(privileged):
     camera.await_stable()
     assert locked_kb(camera) > 1000
     assert refusals(camera) == []
+
+
+def test_thread_stacks_are_small_but_large_enough(privileged):
+    camera = privileged()
+    camera.power_on()
+    camera.await_stable()
+    # Qt's own for the bus, and that of the thread which listens for log configuration.
+    small, large = sorted(stack_bytes(camera))
+    assert THREAD_STACK <= small < LOGGER_STACK <= large < 2 * LOGGER_STACK
+
+
+def test_locked_memory_is_what_is_used(privileged):
+    camera = privileged()
+    camera.power_on()
+    camera.await_stable()
+    # Neither stacks nor regions to allocate from that nobody will ever use.
+    assert locked_kb(camera) <= 1.01 * resident_kb(camera)
+    assert private_dirty_kb(camera) < DEFAULT_STACK_KB
 
 
 def test_device_is_told_to_reboot_a_minute_after_a_panic(boot):

@@ -2,6 +2,7 @@
 #include "DbusCmd.h"
 #include "DeveloperMode.h"
 #include "DevicePaths.h"
+#include "ProcessMemory.h"
 #include "RealTimeSetup.h"
 #include "ServiceAction.h"
 #include "ServiceInfo.h"
@@ -63,6 +64,7 @@ int supervise(int argc, char* argv[])
 
     Logger::RedisLogger logger(program_invocation_short_name, Logger::kLogSocket, Logger::kLogList,
                                true);
+    setThreadStack(kThreadStackBytes);
 
     const bool developerMode = isDeveloperDevice();
     logger.log(Logger::WARN,
@@ -102,6 +104,8 @@ int supervise(int argc, char* argv[])
 // nothing is promised about that for an exception that nobody catches.
 int main(int argc, char* argv[]) // NOLINT(bugprone-exception-escape)
 {
+    limitHeap();
+    setThreadStack(kLoggerStackBytes);
     try
     {
         return supervise(argc, argv);
