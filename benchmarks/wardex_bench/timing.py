@@ -73,20 +73,25 @@ def judged(ours: Sequence[float], yardstick: Sequence[float]) -> Comparison:
 
 
 def compare(
-    context: Context, ours: Callable[[], float], yardstick: Callable[[], float]
+    context: Context,
+    ours: Callable[[], float],
+    yardstick: Callable[[], float],
+    pieces: int = 1,
 ) -> Comparison:
     """Measures both sides in each round, in an order that is drawn; more rounds when noisy.
 
-    The sides answer their figure: a time, or a rate.
+    The sides answer their figure: a time, or a rate. pieces: so many times the usual rounds, for
+    sides that take a short time each; a machine whose pace drifts is then followed more closely.
     """
+    rounds = context.rounds() if context.short else context.rounds() * pieces
     order = random.Random(0)
     figures: dict[Callable[[], float], list[float]] = {ours: [], yardstick: []}
     for side in figures:
         if not context.short:
             side()  # caches and servers warm
     for attempt in range(1, PATIENCE + 1):
-        for number in range(context.rounds()):
-            context.progress(f"round {len(figures[ours]) + 1} of {context.rounds() * attempt}")
+        for _ in range(rounds):
+            context.progress(f"round {len(figures[ours]) + 1} of {rounds * attempt}")
             sides = list(figures)
             order.shuffle(sides)
             for side in sides:
@@ -98,13 +103,13 @@ def compare(
 
 
 @contextlib.contextmanager
-def one_processor() -> Iterator[None]:
-    """Programs started in the block share one processor, as they do on the device.
+def on_processor(place: int) -> Iterator[None]:
+    """Programs started in the block have one processor: 0 the first, -1 the last that we may use.
 
-    Otherwise the time of a conversation with a server is that of waking up a second processor.
+    Where the system moves them about, the figure depends on who happens to stand beside whom.
     """
     allowed = os.sched_getaffinity(0)
-    os.sched_setaffinity(0, {max(allowed)})
+    os.sched_setaffinity(0, {sorted(allowed)[place]})
     try:
         yield
     finally:

@@ -62,11 +62,12 @@ def test_nobody_accepts_at_a_left_socket(context):
         assert servers.accepts(socket)
 
 
-def test_one_processor_is_for_the_block_only():
+@pytest.mark.parametrize("place, choose", [(0, min), (-1, max)])
+def test_a_processor_is_for_the_block_only(place, choose):
     before = os.sched_getaffinity(0)
-    with timing.one_processor():
-        said = processes.run(("taskset", "-cp", str(os.getpid())))
-        assert said.split()[-1] == str(max(before))
+    with timing.on_processor(place):
+        said = processes.run(("sh", "-c", "taskset -cp $$"))
+        assert said.split()[-1] == str(choose(before))
     assert os.sched_getaffinity(0) == before
 
 

@@ -27,8 +27,8 @@ class Sides:
 
         return answer
 
-    def compared(self, short=False):
-        return timing.compare(context(short), self.side("ours"), self.side("yardstick"))
+    def compared(self, short=False, pieces=1):
+        return timing.compare(context(short), self.side("ours"), self.side("yardstick"), pieces)
 
 
 def test_interval_of_nine_rounds_leaves_out_one_at_each_end():
@@ -75,6 +75,12 @@ def test_each_round_asks_both_sides_once_in_changing_order():
     pairs = [tuple(rounds[start : start + 2]) for start in range(0, len(rounds), 2)]
     assert len(pairs) == context().rounds()
     assert set(pairs) == {("ours", "yardstick"), ("yardstick", "ours")}
+
+
+def test_small_pieces_take_more_rounds_but_for_a_short_run():
+    sides = Sides([1.0], [1.0])
+    assert sides.compared(pieces=4).rounds == context().rounds() * 4
+    assert sides.compared(short=True, pieces=4).rounds == context(short=True).rounds()
 
 
 def test_noise_earns_more_rounds_but_not_for_ever():
