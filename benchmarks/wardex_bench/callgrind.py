@@ -19,6 +19,11 @@ def total(text: str) -> int:
     return int(found.group(1))
 
 
+def is_complete(report: Path) -> bool:
+    """Whether callgrind has written its file, or a part that it was asked for, to the end."""
+    return report.is_file() and "\ntotals:" in report.read_text(encoding="utf-8", errors="replace")
+
+
 def wrapped(command: Sequence[Word], report: Path) -> list[Word]:
     """The command below callgrind, which writes its file when the program ends."""
     return [
