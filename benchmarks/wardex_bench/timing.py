@@ -1,9 +1,11 @@
 """Compares times on a machine that does other things, too."""
 
 import contextlib
+import functools
 import os
 import random
 import statistics
+import subprocess
 from dataclasses import dataclass
 from typing import Callable, Iterator, Sequence
 
@@ -15,6 +17,7 @@ from wardex_bench.row import Context, Result, Unmeasured
 NOISE_LIMIT = 0.10
 # So many times the rounds before giving up on a noisy machine.
 PATIENCE = 3
+REAL_TIME = ("chrt", "--fifo", "1")
 
 
 @dataclass(frozen=True)
@@ -114,6 +117,19 @@ def on_processor(place: int) -> Iterator[None]:
         yield
     finally:
         os.sched_setaffinity(0, allowed)
+
+
+@functools.lru_cache(maxsize=None)
+def _may_be_real_time() -> bool:
+    return subprocess.run((*REAL_TIME, "true"), capture_output=True).returncode == 0
+
+
+def real_time(command: Sequence[Word]) -> list[Word]:
+    """The command at the priority that the supervisor has on the device, where we may give it.
+
+    A server that it wakes then never takes the processor away from it before it waits.
+    """
+    return [*REAL_TIME, *command] if _may_be_real_time() else list(command)
 
 
 def reported(command: Sequence[Word]) -> Callable[[], float]:

@@ -71,6 +71,15 @@ def test_a_processor_is_for_the_block_only(place, choose):
     assert os.sched_getaffinity(0) == before
 
 
+def test_real_time_is_the_lowest_fifo_priority_where_it_may_be_given():
+    command = ("sh", "-c", "chrt -p $$")
+    words = timing.real_time(command)
+    said = processes.run(words)
+    if words == list(command):
+        pytest.skip("this user may not give it")
+    assert "SCHED_FIFO" in said and said.split()[-1] == "1"
+
+
 def in_box(context, words):
     try:
         return processes.run(box.boxed(context, ("sh", "-c", words)))
