@@ -24,7 +24,8 @@ SHORT_SECONDS = 2
 SHORT_PINGS = 3
 BETWEEN_TICKS = 0.5
 
-STARTS_PER_ROUND = 3
+# The shortest of them counts: what else the machine does can only add.
+STARTS_PER_ROUND = 5
 QT_NAME_OWNED = "QDBusConnection::registerService*"
 SD_NAME_OWNED = "sd_bus_request_name*"
 
@@ -232,8 +233,8 @@ def _start_locked(context: Context) -> Result:
 
         def worked(program: str) -> float:
             lines = [run(device, driver, program).split() for _ in range(STARTS_PER_ROUND)]
-            passed[program].append(statistics.median(float(line[0]) for line in lines))
-            return statistics.median(float(line[1]) for line in lines)
+            passed[program].append(min(float(line[0]) for line in lines))
+            return min(float(line[1]) for line in lines)
 
         run(device, "sync")
         comparison = timing.compare(context, lambda: worked(ours), lambda: worked(default))
