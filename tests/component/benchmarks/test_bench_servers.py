@@ -65,10 +65,13 @@ def test_nobody_accepts_at_a_left_socket(context):
 @pytest.mark.parametrize("place, choose", [(0, min), (-1, max)])
 def test_a_processor_is_for_the_block_only(place, choose):
     before = os.sched_getaffinity(0)
+    niceness = os.getpriority(os.PRIO_PROCESS, 0)
     with timing.on_processor(place):
         said = processes.run(("sh", "-c", "taskset -cp $$"))
         assert said.split()[-1] == str(choose(before))
+        assert os.getpriority(os.PRIO_PROCESS, 0) in (timing.FIRST, niceness)
     assert os.sched_getaffinity(0) == before
+    assert os.getpriority(os.PRIO_PROCESS, 0) == niceness
 
 
 def test_real_time_is_the_lowest_fifo_priority_where_it_may_be_given():
