@@ -11,7 +11,6 @@
 
 #include <cstdarg>
 #include <cstring>
-#include <dlfcn.h>
 #include <unistd.h>
 
 // A device without memory: this program's own versions of some hiredis functions refuse on demand,
@@ -41,40 +40,46 @@ bool& refusesSubscriptions()
 
 } // namespace
 
-extern "C" int redisAsyncCommand(redisAsyncContext* context, redisCallbackFn* callback,
+// The linker gives the logger the first of each two; the other is hiredis' own.
+// NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming)
+extern "C"
+{
+    int __real_redisAppendFormattedCommand(redisContext* context, const char* text, size_t length);
+    redisContext* __real_redisConnectUnix(const char* path);
+
+    int __wrap_redisAppendFormattedCommand(redisContext* context, const char* text, size_t length)
+    {
+        if (!refusedCommand().empty() &&
+            std::string_view(text, length).find("\r\n" + refusedCommand() + "\r\n") !=
+                std::string_view::npos)
+        {
+            context->err = REDIS_ERR_OOM;
+            std::strcpy(context->errstr, "Out of memory");
+            return REDIS_ERR;
+        }
+        return __real_redisAppendFormattedCommand(context, text, length);
+    }
+
+    redisContext* __wrap_redisConnectUnix(const char* path)
+    {
+        return refusesConnections() ? nullptr : __real_redisConnectUnix(path);
+    }
+
+    int __wrap_redisAsyncCommand(redisAsyncContext* context, redisCallbackFn* callback,
                                  void* privateData, const char* format, ...)
-{
-    if (refusesSubscriptions())
     {
-        return REDIS_ERR;
+        if (refusesSubscriptions())
+        {
+            return REDIS_ERR;
+        }
+        va_list arguments;
+        va_start(arguments, format);
+        const int result = redisvAsyncCommand(context, callback, privateData, format, arguments);
+        va_end(arguments);
+        return result;
     }
-    va_list arguments;
-    va_start(arguments, format);
-    const int result = redisvAsyncCommand(context, callback, privateData, format, arguments);
-    va_end(arguments);
-    return result;
 }
-
-extern "C" int redisAppendFormattedCommand(redisContext* context, const char* text, size_t length)
-{
-    if (!refusedCommand().empty() &&
-        std::string_view(text, length).find("\r\n" + refusedCommand() + "\r\n") !=
-            std::string_view::npos)
-    {
-        context->err = REDIS_ERR_OOM;
-        std::strcpy(context->errstr, "Out of memory");
-        return REDIS_ERR;
-    }
-    using Append = int (*)(redisContext*, const char*, size_t);
-    static const auto kAppend =
-        reinterpret_cast<Append>(dlsym(RTLD_NEXT, "redisAppendFormattedCommand"));
-    return kAppend(context, text, length);
-}
-
-extern "C" redisContext* redisConnectUnix(const char* path)
-{
-    return refusesConnections() ? nullptr : redisConnectUnixWithTimeout(path, timeval{10, 0});
-}
+// NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
 
 namespace orvo::Logger
 {
