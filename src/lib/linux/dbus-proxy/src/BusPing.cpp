@@ -18,8 +18,8 @@ namespace orvo
 namespace
 {
 
-/// Between two looks for the answer: a healthy service answers within the first few, and a hung one
-/// is not worth the processor time of its whole time-out.
+/// Between two looks for the answer: a healthy service answers within the first few, which only
+/// look for it, and a hung one is not worth the processor time of its whole time-out.
 constexpr std::chrono::microseconds kFirstLookInterval{250};
 constexpr std::chrono::microseconds kLongestLookInterval{8000};
 
@@ -40,7 +40,8 @@ QDBusMessage waitForReply(const QDBusPendingCall& call, const QDBusConnection& b
     while (!call.isFinished())
     {
         const Clock::time_point now = Clock::now();
-        if (now >= end || !bus.isConnected())
+        const bool isLate = interval == kLongestLookInterval;
+        if (now >= end || (isLate && !bus.isConnected()))
         {
             return {};
         }
@@ -50,16 +51,22 @@ QDBusMessage waitForReply(const QDBusPendingCall& call, const QDBusConnection& b
     return call.reply();
 }
 
+/// Sends the call through the proxy, whose names were checked when it was made.
+QDBusPendingCall startPing(QDBusAbstractInterface& proxy)
+{
+    const int timeoutMs = proxy.timeout();
+    proxy.setTimeout(kLibraryTimeoutFactor * timeoutMs);
+    QDBusPendingCall call = proxy.asyncCallWithArgumentList(QStringLiteral("doPing"), {});
+    proxy.setTimeout(timeoutMs);
+    return call;
+}
+
 } // namespace
 
 bool pingOverBus(QDBusAbstractInterface& proxy, QString& runLevel)
 {
-    const QDBusConnection bus = proxy.connection();
-    const QDBusMessage ping = QDBusMessage::createMethodCall(
-        proxy.service(), proxy.path(), proxy.interface(), QStringLiteral("doPing"));
-    const QDBusMessage message =
-        waitForReply(bus.asyncCall(ping, kLibraryTimeoutFactor * proxy.timeout()), bus,
-                     std::chrono::milliseconds(proxy.timeout()));
+    const QDBusMessage message = waitForReply(startPing(proxy), proxy.connection(),
+                                              std::chrono::milliseconds(proxy.timeout()));
     const QVariantList values = message.arguments();
     if (message.type() == QDBusMessage::ReplyMessage && values.count() == 2)
     {
