@@ -35,7 +35,7 @@ private:
 
 struct Free
 {
-    void operator()(void* memory) const { std::free(memory); }
+    void operator()(const void* memory) const { std::free(const_cast<void*>(memory)); }
 };
 
 } // namespace orvo::Quorl

@@ -8,8 +8,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
-#include <mutex>
-#include <optional>
+#include <memory>
 #include <type_traits>
 
 namespace
@@ -26,31 +25,24 @@ constexpr char kInvalidItem[] = "%s(): invalid item given ";
 /// the first of them sets it up.
 void prepareFirstUse()
 {
-    static std::once_flag once;
-    std::call_once(once,
-                   []
-                   {
-                       loggerInit();
-                       loggerSetMode(LoggerRedis);
-                       loggerInit();
-                   });
+    [[maybe_unused]] static const bool kPrepared = []
+    {
+        loggerInit();
+        loggerSetMode(LoggerRedis);
+        loggerInit();
+        return true;
+    }();
 }
 
-/// One call with a request and a reply of fixed layout.
+/// One call with a request and a reply of fixed layout, which is read where it was received.
 template <typename ReplyLayout, typename Request>
-std::optional<ReplyLayout> call(Command command, const Request& request)
+std::unique_ptr<const ReplyLayout, orvo::Quorl::Free> call(Command command, const Request& request)
 {
-    static_assert(std::is_trivially_copyable_v<Request> &&
-                  std::is_trivially_copyable_v<ReplyLayout>);
-    const orvo::Quorl::Reply reply =
+    static_assert(std::is_trivially_copyable_v<Request> && std::is_trivial_v<ReplyLayout>);
+    orvo::Quorl::Reply reply =
         orvo::Quorl::callService(command, &request, sizeof(request), sizeof(ReplyLayout));
-    if (!reply)
-    {
-        return std::nullopt;
-    }
-    ReplyLayout layout;
-    std::memcpy(&layout, reply.get(), sizeof(layout));
-    return layout;
+    return std::unique_ptr<const ReplyLayout, orvo::Quorl::Free>(
+        reinterpret_cast<const ReplyLayout*>(reply.release()));
 }
 
 /// Copies a text into a zero-filled field, which keeps its last byte as terminator.
@@ -62,7 +54,8 @@ void copyText(char (&field)[Size], const char* text, std::size_t maximum = Size 
 
 } // namespace
 
-std::int32_t quorl_getConfig(const char* item, char** value)
+// Flattened: each boundary between functions costs as much as a step of the query.
+[[gnu::flatten]] std::int32_t quorl_getConfig(const char* item, char** value)
 {
     prepareFirstUse();
     if (item == nullptr)
@@ -108,7 +101,7 @@ std::int32_t quorl_emit_data_ready(const char* name, std::size_t nameLength, std
     {
         loggerPrintf(LoggerDebug, kCallFailed, __func__);
     }
-    return result.value_or(-1);
+    return result ? *result : -1;
 }
 
 void quorl_emit_async_msg(std::int32_t valueA, std::int32_t valueB, const char* text)
@@ -140,7 +133,7 @@ std::int32_t quorl_emit_json_output_format_update(const char* text, std::size_t 
     {
         loggerPrintf(LoggerDebug, kCallFailed, __func__);
     }
-    return result.value_or(-1);
+    return result ? *result : -1;
 }
 
 std::int32_t quorl_queryText(char** text)
