@@ -23,9 +23,9 @@ BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-BUS Bus
   <policy context="default">
     <allow user="*"/>
     <allow own="*"/>
-    <allow send_type="method_call"/>
-    <allow send_type="signal"/>
-    <allow eavesdrop="false"/>
+    <allow send_destination="*"/>
+    <allow receive_sender="*"/>
+    <allow send_requested_reply="true"/>
   </policy>
 </busconfig>
 """
