@@ -20,8 +20,10 @@ MONIT_FACTOR = 10.0
 IDLE_SECONDS = 11
 # The window begins after this many pings: all is up, and it ends far from any timer's tick.
 SETTLED_PINGS = 8
-SHORT_SECONDS = 2
-SHORT_PINGS = 3
+SHORT_SECONDS = 1
+SHORT_PINGS = 1
+# Both services have been found up by then.
+STABLE_PINGS = 3
 BETWEEN_TICKS = 0.5
 
 # The shortest of them counts: what else the machine does can only add.
@@ -74,7 +76,7 @@ def _thread_stacks(maps: str) -> list[float]:
 def _memory(context: Context) -> Memory:
     with camera.camera(context) as device:
         device.power_on()
-        camera.await_pings(device, SHORT_PINGS)
+        camera.await_pings(device, STABLE_PINGS)
         folder = f"/proc/{camera.process(device)}"
         status = run(device, "cat", f"{folder}/status")
         stacks = _thread_stacks(run(device, "cat", f"{folder}/maps"))
