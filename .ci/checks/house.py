@@ -29,6 +29,16 @@ RAW_RELEASE = re.compile(
     r"(?<![\w.>:])(?:free|close|freeReplyObject|redisFree|udev_unref|cJSON_Delete)\s*\("
 )
 
+# A log call, the question in front of it, and what makes a text for it.
+OBJECT = r"\w+(?:\(\))?(?:(?:->|\.)\w+(?:\(\))?)*?"
+LOG_CALL = re.compile(
+    rf"(?:if \((?P<asked>{OBJECT})(?:->|\.)isEnabled\((?P<level>[\w:]+)\)\)\s*\{{\s*)?"
+    rf"\b(?P<logger>{OBJECT})(?:->|\.)(?:log|logOnce)\(\s*(?P<own>[\w:]+),(?P<rest>[^;]*);"
+)
+CONVERSION = re.compile(
+    r"\b(?:qPrintable|qUtf8Printable|toLocal8Bit|toUtf8|toLatin1|toStdString|constData|c_str)\("
+)
+
 Breach = tuple[str, int, str]
 
 
@@ -91,6 +101,16 @@ def raw_release(name: str) -> Iterator[Breach]:
         yield from matching(name, RAW_RELEASE, "frees a C handle by hand: give it a deleter type")
 
 
+def masked_conversion(name: str) -> Iterator[Breach]:
+    if name.startswith(PRODUCT) and name.endswith(".cpp"):
+        text = (ROOT / name).read_text(encoding="utf-8")
+        for call in LOG_CALL.finditer(text):
+            asked = (call["asked"], call["level"]) == (call["logger"], call["own"])
+            if CONVERSION.search(call["rest"]) and not asked:
+                line = text.count("\n", 0, call.start("logger")) + 1
+                yield name, line, "makes a text for a masked level: ask isEnabled() for it first"
+
+
 RULES: tuple[Callable[[str], Iterator[Breach]], ...] = (
     length,
     header_guard,
@@ -98,6 +118,7 @@ RULES: tuple[Callable[[str], Iterator[Breach]], ...] = (
     test_hook,
     timed_wait,
     raw_release,
+    masked_conversion,
 )
 
 

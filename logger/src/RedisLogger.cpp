@@ -83,6 +83,12 @@ RedisLogger::~RedisLogger()
     endingThread.reset();
 }
 
+bool RedisLogger::isEnabled(std::uint32_t level) const
+{
+    const Lock lock(LoggerProcess::mutex());
+    return m_pimpl->isEnabled(level);
+}
+
 int RedisLogger::log(std::uint32_t level, const char* format, ...)
 {
     const Lock lock(LoggerProcess::mutex());

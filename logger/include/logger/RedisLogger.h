@@ -59,6 +59,11 @@ public:
     RedisLogger(const RedisLogger&) = delete;
     RedisLogger& operator=(const RedisLogger&) = delete;
 
+    /// Whether log() would write a message of this level now. Asked before a call whose arguments
+    /// have to be made for it, because log() gets them ready-made; the mask may change in between,
+    /// and log() asks again.
+    [[nodiscard]] bool isEnabled(std::uint32_t level) const;
+
     /// Writes a message; 0 when its level is masked out (nothing is formatted then), the message's
     /// length when it was written, -1 when it was not.
     [[gnu::format(printf, 3, 4)]] int log(std::uint32_t level, const char* format, ...);

@@ -53,6 +53,18 @@ TEST_F(LiveConfiguration, EnablesLevels)
     EXPECT_THAT(messages(), ElementsAre("one", "two"));
 }
 
+TEST_F(LiveConfiguration, TellsWhichLevelsItEnables)
+{
+    configure(R"({"source":"wardex","mask":20})");
+    EXPECT_TRUE(m_logger.isEnabled(TRACE));
+    EXPECT_TRUE(m_logger.isEnabled(WARN));
+    EXPECT_FALSE(m_logger.isEnabled(INFO));
+    configure(R"({"source":"wardex","mask":8})");
+    EXPECT_FALSE(m_logger.isEnabled(TRACE));
+    EXPECT_FALSE(m_logger.isEnabled(WARN));
+    EXPECT_TRUE(m_logger.isEnabled(INFO));
+}
+
 TEST_F(LiveConfiguration, IsAnnouncedWhateverTheNewMask)
 {
     configure(R"({"source":"wardex","mask":0})");

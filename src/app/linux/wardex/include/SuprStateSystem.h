@@ -74,6 +74,10 @@ protected:
     [[nodiscard]] const SupervisionContext& context() const { return *m_context; }
 
 private:
+    /// Logs at TRACE that this state has met the event, and whose.
+    void trace(const char* event) const;
+    void trace(const char* event, const QString& service) const;
+
     void changeTo(std::unique_ptr<SuprStateSystem> next);
 
     SuprSMSystem* m_machine;

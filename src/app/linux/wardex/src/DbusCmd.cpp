@@ -125,33 +125,51 @@ orvo::ErrorStatus DbusCmd::setServicePingTimeoutOneShot(QString serviceName, int
 {
     if (!SuprSM::restartTimer(serviceName, timeout))
     {
-        m_logger->log(Logger::WARN, "%s: restartTimer(%s, %d) failed !",
-                      "setServicePingTimeoutOneShot", qPrintable(serviceName), timeout);
+        if (m_logger->isEnabled(Logger::WARN))
+        {
+            m_logger->log(Logger::WARN, "%s: restartTimer(%s, %d) failed !",
+                          "setServicePingTimeoutOneShot", qPrintable(serviceName), timeout);
+        }
         return ErrorStatus(kTimerRestartFailed);
     }
-    m_logger->log(Logger::TRACE, "%s: restartTimer(%s, %d)", "setServicePingTimeoutOneShot",
-                  qPrintable(serviceName), timeout);
+    if (m_logger->isEnabled(Logger::TRACE))
+    {
+        m_logger->log(Logger::TRACE, "%s: restartTimer(%s, %d)", "setServicePingTimeoutOneShot",
+                      qPrintable(serviceName), timeout);
+    }
     return {};
 }
 
 void DbusCmd::serviceRegistered(const QString& name)
 {
-    m_logger->log(Logger::TRACE, "DBus service %s available", qPrintable(name));
+    if (m_logger->isEnabled(Logger::TRACE))
+    {
+        m_logger->log(Logger::TRACE, "DBus service %s available", qPrintable(name));
+    }
     if (!m_serviceInfo->registerService(name))
     {
-        m_logger->log(Logger::WARN, "DBus service %s could not be registered internally?!",
-                      qPrintable(name));
+        if (m_logger->isEnabled(Logger::WARN))
+        {
+            m_logger->log(Logger::WARN, "DBus service %s could not be registered internally?!",
+                          qPrintable(name));
+        }
     }
     SuprSM::registered(name);
 }
 
 void DbusCmd::serviceUnregistered(const QString& name)
 {
-    m_logger->log(Logger::TRACE, "DBus Service %s unavailable", qPrintable(name));
+    if (m_logger->isEnabled(Logger::TRACE))
+    {
+        m_logger->log(Logger::TRACE, "DBus Service %s unavailable", qPrintable(name));
+    }
     if (!m_serviceInfo->unregisterService(name))
     {
-        m_logger->log(Logger::WARN, "DBus service %s could not be unregistered internally?!",
-                      qPrintable(name));
+        if (m_logger->isEnabled(Logger::WARN))
+        {
+            m_logger->log(Logger::WARN, "DBus service %s could not be unregistered internally?!",
+                          qPrintable(name));
+        }
     }
 }
 

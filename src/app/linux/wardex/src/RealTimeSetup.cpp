@@ -18,9 +18,14 @@ namespace orvo
 namespace
 {
 
-std::string lastErrorText()
+void warnOfFailure(Logger::RedisLogger* logger, const char* call)
 {
-    return std::generic_category().message(errno);
+    const int error = errno;
+    if (logger->isEnabled(Logger::WARN))
+    {
+        logger->log(Logger::WARN, "%s() failed: (%s)", call,
+                    std::generic_category().message(error).c_str());
+    }
 }
 
 } // namespace
@@ -31,11 +36,11 @@ void setUpRealTime(Logger::RedisLogger& logger)
     parameter.sched_priority = kRealTimePriority;
     if (sched_setscheduler(getpid(), SCHED_FIFO, &parameter) != 0)
     {
-        logger.log(Logger::WARN, "sched_setscheduler() failed: (%s)", lastErrorText().c_str());
+        warnOfFailure(&logger, "sched_setscheduler");
     }
     if (mlockall(MCL_CURRENT | MCL_FUTURE) != 0)
     {
-        logger.log(Logger::WARN, "mlockall() failed: (%s)", lastErrorText().c_str());
+        warnOfFailure(&logger, "mlockall");
     }
     runInShell(kPanicCommand);
 }

@@ -47,8 +47,11 @@ bool ServiceAction::isMappable(const char* operation, const QString& name)
     {
         return true;
     }
-    m_logger->log(Logger::ERROR, "%s: Internal Error: service %s known but not mappable ?!",
-                  operation, qPrintable(name));
+    if (m_logger->isEnabled(Logger::ERROR))
+    {
+        m_logger->log(Logger::ERROR, "%s: Internal Error: service %s known but not mappable ?!",
+                      operation, qPrintable(name));
+    }
     return false;
 }
 

@@ -59,7 +59,11 @@ int ServiceInfo::pingInterval(const QString& name)
 {
     const Service* service = find(name);
     const int intervalMs = service != nullptr ? service->pingTimeout() : 0;
-    m_logger->log(Logger::TRACE, "Ping interval of service %s is %d", qPrintable(name), intervalMs);
+    if (m_logger->isEnabled(Logger::TRACE))
+    {
+        m_logger->log(Logger::TRACE, "Ping interval of service %s is %d", qPrintable(name),
+                      intervalMs);
+    }
     return intervalMs;
 }
 
@@ -69,8 +73,11 @@ bool ServiceInfo::setPingInterval(const QString& name, int intervalMs)
     {
         service->setPingTimeout(intervalMs);
     }
-    m_logger->log(Logger::TRACE, "Set Ping interval of service %s to %d", qPrintable(name),
-                  intervalMs);
+    if (m_logger->isEnabled(Logger::TRACE))
+    {
+        m_logger->log(Logger::TRACE, "Set Ping interval of service %s to %d", qPrintable(name),
+                      intervalMs);
+    }
     return false;
 }
 
@@ -82,11 +89,17 @@ bool ServiceInfo::isAlive(const QString& name, QString& runLevel)
     }
     if (m_developerMode)
     {
-        m_logger->logOnce(Logger::ERROR, "%s: Unknown service %s", "isAlive", qPrintable(name));
+        if (m_logger->isEnabled(Logger::ERROR))
+        {
+            m_logger->logOnce(Logger::ERROR, "%s: Unknown service %s", "isAlive", qPrintable(name));
+        }
     }
     else
     {
-        m_logger->log(Logger::ERROR, "%s: Unknown service %s", "isAlive", qPrintable(name));
+        if (m_logger->isEnabled(Logger::ERROR))
+        {
+            m_logger->log(Logger::ERROR, "%s: Unknown service %s", "isAlive", qPrintable(name));
+        }
     }
     return false;
 }
@@ -96,8 +109,11 @@ bool ServiceInfo::isProcessRunning(const QString& processName)
     const ProcessOutcome processList = runProcess(QString::fromLatin1(kProcessListProgram), {});
     if (!processList.succeeded())
     {
-        m_logger->log(Logger::ERROR, "%s: stderr: %s", "isProcessRunning",
-                      qPrintable(processList.err));
+        if (m_logger->isEnabled(Logger::ERROR))
+        {
+            m_logger->log(Logger::ERROR, "%s: stderr: %s", "isProcessRunning",
+                          qPrintable(processList.err));
+        }
         return false;
     }
     static const QRegularExpression kWhiteSpace(QStringLiteral("\\s+"),

@@ -62,13 +62,19 @@ void SuprDown::revive()
 {
     if (context().serviceInfo->isDeveloperMode())
     {
-        context().logger->logOnce(Logger::WARN,
-                                  "Service %s considered dead, restarting .... (disabled)",
-                                  qPrintable(serviceName()));
+        if (context().logger->isEnabled(Logger::WARN))
+        {
+            context().logger->logOnce(Logger::WARN,
+                                      "Service %s considered dead, restarting .... (disabled)",
+                                      qPrintable(serviceName()));
+        }
         return;
     }
-    context().logger->log(Logger::WARN, "Service %s considered dead, restarting",
-                          qPrintable(serviceName()));
+    if (context().logger->isEnabled(Logger::WARN))
+    {
+        context().logger->log(Logger::WARN, "Service %s considered dead, restarting",
+                              qPrintable(serviceName()));
+    }
     // Neither result changes anything: the fresh start phase finds out what became of the service.
     (void)context().serviceAction->doStopService(serviceName());
     (void)context().serviceAction->doStartService(serviceName());

@@ -22,9 +22,13 @@ void SuprStableSystem::serviceIsUp(const QString& service)
     SuprStateSystem::serviceIsUp(service);
     if (areAllServicesUp())
     {
-        context().logger->log(
-            Logger::WARN, "%s::%s: g_upServices == g_knownServices is suspicious when adding %s",
-            qPrintable(name()), "serviceIsUp", qPrintable(service));
+        if (context().logger->isEnabled(Logger::WARN))
+        {
+            context().logger->log(
+                Logger::WARN,
+                "%s::%s: g_upServices == g_knownServices is suspicious when adding %s",
+                qPrintable(name()), "serviceIsUp", qPrintable(service));
+        }
     }
     addService(service);
 }

@@ -67,8 +67,11 @@ void SuprState::restartTimer(int intervalMs)
 
 void SuprState::trace(const char* event) const
 {
-    m_context->logger->log(Logger::TRACE, "%s::%s (%s)", qPrintable(name()), event,
-                           qPrintable(m_serviceName));
+    if (m_context->logger->isEnabled(Logger::TRACE))
+    {
+        m_context->logger->log(Logger::TRACE, "%s::%s (%s)", qPrintable(name()), event,
+                               qPrintable(m_serviceName));
+    }
 }
 
 bool SuprState::pingService()

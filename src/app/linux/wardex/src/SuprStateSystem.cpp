@@ -32,26 +32,41 @@ SuprStateSystem::~SuprStateSystem() = default;
 
 void SuprStateSystem::entry()
 {
-    m_context->logger->log(Logger::TRACE, "%s::%s", qPrintable(name()), "entry");
+    trace("entry");
     m_timer->start(kSystemTickMs);
 }
 
 void SuprStateSystem::exit()
 {
-    m_context->logger->log(Logger::TRACE, "%s::%s", qPrintable(name()), "exit");
+    trace("exit");
     m_timer->stop();
 }
 
 void SuprStateSystem::serviceIsUp(const QString& service)
 {
-    m_context->logger->log(Logger::TRACE, "%s::%s %s", qPrintable(name()), "serviceIsUp",
-                           qPrintable(service));
+    trace("serviceIsUp", service);
 }
 
 void SuprStateSystem::serviceIsDown(const QString& service)
 {
-    m_context->logger->log(Logger::TRACE, "%s::%s %s", qPrintable(name()), "serviceIsDown",
-                           qPrintable(service));
+    trace("serviceIsDown", service);
+}
+
+void SuprStateSystem::trace(const char* event) const
+{
+    if (m_context->logger->isEnabled(Logger::TRACE))
+    {
+        m_context->logger->log(Logger::TRACE, "%s::%s", qPrintable(name()), event);
+    }
+}
+
+void SuprStateSystem::trace(const char* event, const QString& service) const
+{
+    if (m_context->logger->isEnabled(Logger::TRACE))
+    {
+        m_context->logger->log(Logger::TRACE, "%s::%s %s", qPrintable(name()), event,
+                               qPrintable(service));
+    }
 }
 
 void SuprStateSystem::addService(const QString& service)

@@ -48,11 +48,17 @@ void SuprUp::ping()
 void SuprUp::judgeFailure()
 {
     countBadPing();
-    context().logger->log(Logger::TRACE, "Ping %s failed", qPrintable(serviceName()));
+    if (context().logger->isEnabled(Logger::TRACE))
+    {
+        context().logger->log(Logger::TRACE, "Ping %s failed", qPrintable(serviceName()));
+    }
     if (!context().serviceInfo->isRegistered(serviceName()))
     {
-        context().logger->log(Logger::TRACE, "Service %s not registered anymore?! Going down.",
-                              qPrintable(serviceName()));
+        if (context().logger->isEnabled(Logger::TRACE))
+        {
+            context().logger->log(Logger::TRACE, "Service %s not registered anymore?! Going down.",
+                                  qPrintable(serviceName()));
+        }
         down();
         return;
     }
