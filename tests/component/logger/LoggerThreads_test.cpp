@@ -72,7 +72,8 @@ TEST_F(LoggerThreads, WriteWholeRecordsWhileConfigurationsArriveAndLoggersComeAn
         {
             while (!isOver)
             {
-                RedisLogger guest("guest", kLogSocket, kLogList, false);
+                // A list of its own: until it has heard of the maximum it keeps ten thousand.
+                RedisLogger guest("guest", kLogSocket, "GUESTS", false);
                 EXPECT_EQ(5, guest.log(ERROR, "guest"));
             }
         });
