@@ -24,19 +24,21 @@ bool append(redisContext* connection, std::string_view commands)
 [[gnu::cold]] void complainOfCommand(redisContext* connection, const RecordFrame& frame,
                                      const char* key, const char* record)
 {
-    if (!append(connection, frame.push()))
+    const bool isPushed = append(connection, frame.push());
+    if (isPushed && !append(connection, frame.trim()))
     {
-        // The operators' log filters know the text under the name of the other command.
-        std::fprintf(stderr, "%s: LPUSH %s %s failed!\n", kFunctionName, key, record);
-    }
-    else if (!append(connection, frame.trim()))
-    {
-        // Same here: neither the range nor the number is what was sent.
+        // Neither the range nor the number is what was sent: the operators' log filters know the
+        // text like this.
         std::fprintf(stderr, "%s: LTRIM %s 0 %d failed!\n", kFunctionName, key, kDefaultMaxEntries);
     }
-    else if (!append(connection, frame.publication()))
+    else if (isPushed && !append(connection, frame.publication()))
     {
         std::fprintf(stderr, "%s: PUBLISH %s %s failed!\n", kFunctionName, key, record);
+    }
+    else
+    {
+        // Also when there is memory again by now. The filters know it by the other command's name.
+        std::fprintf(stderr, "%s: LPUSH %s %s failed!\n", kFunctionName, key, record);
     }
 }
 

@@ -26,6 +26,13 @@ std::string& refusedCommand()
     return command;
 }
 
+/// Whether the refusal is over after the first time.
+bool& refusesOnce()
+{
+    static bool once = false;
+    return once;
+}
+
 bool& refusesConnections()
 {
     static bool refuses = false;
@@ -53,6 +60,10 @@ extern "C"
             std::string_view(text, length).find("\r\n" + refusedCommand() + "\r\n") !=
                 std::string_view::npos)
         {
+            if (refusesOnce())
+            {
+                refusedCommand().clear();
+            }
             context->err = REDIS_ERR_OOM;
             std::strcpy(context->errstr, "Out of memory");
             return REDIS_ERR;
@@ -90,6 +101,7 @@ protected:
     RefusedMemory()
     {
         refusedCommand().clear();
+        refusesOnce() = false;
         refusesConnections() = false;
     }
     std::string complaintAbout(const std::string& command)
@@ -130,6 +142,16 @@ TEST_F(RefusedMemory, ForThePublicationIsTold)
                 testing::MatchesRegex("redisPushLog: PUBLISH LOG:ENTRIES " + m_record +
                                       " failed!\nredisPushLog: failed with err: \\(5:Out of "
                                       "memory\\)\n"));
+}
+
+TEST_F(RefusedMemory, ForAMomentIsToldLikeThatForTheAppend)
+{
+    refusesOnce() = true;
+    EXPECT_THAT(complaintAbout("PUBLISH"),
+                testing::MatchesRegex("redisPushLog: LPUSH LOG:ENTRIES " + m_record +
+                                      " failed!\nredisPushLog: failed with err: \\(5:Out of "
+                                      "memory\\)\n"));
+    EXPECT_THAT(m_records.raw(), testing::IsEmpty());
 }
 
 TEST_F(RefusedMemory, ForAConnectionIsAnExceptionOfTheConstructor)
