@@ -3,13 +3,13 @@
 import argparse
 import os
 import re
-import signal
 import sys
 import tempfile
 import time
 from pathlib import Path
-from types import FrameType
-from typing import NoReturn, Optional, Sequence
+from typing import Sequence
+
+from wardex_desk.ending import Stopped, stop_when_told
 
 from wardex_bench import building, document, rows, table
 from wardex_bench.building import BuildError
@@ -21,26 +21,10 @@ FAILED = 1
 WRONG_WORDS = 2
 # Load of the last minute above which times may scatter.
 BUSY = 0.7
-ENDS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
 
 
 class WrongWords(Exception):
     """The words on the command line ask for nothing that there is."""
-
-
-class Stopped(BaseException):
-    """The person, or the system, ends the command; number: of the signal."""
-
-    def __init__(self, number: int) -> None:
-        super().__init__(number)
-        self.number = number
-
-
-def _stop(number: int, _: Optional[FrameType]) -> NoReturn:
-    # One is enough: a second must not cut short the tidying up.
-    for end in ENDS:
-        signal.signal(end, signal.SIG_IGN)
-    raise Stopped(number)
 
 
 def _parser() -> argparse.ArgumentParser:
@@ -101,8 +85,7 @@ def _measure(wanted: Sequence[Row], arguments: argparse.Namespace) -> int:
 
 def main(words: Sequence[str]) -> int:
     """Does what the words ask for."""
-    for end in ENDS:
-        signal.signal(end, _stop)
+    stop_when_told()
     try:
         return _perform(_parser().parse_args(words))
     except WrongWords as error:

@@ -3,8 +3,7 @@
 import os
 import signal
 import sys
-from types import FrameType
-from typing import NoReturn, Optional, Sequence
+from typing import Sequence
 
 from wardex_desk import (
     building,
@@ -24,33 +23,17 @@ from wardex_desk.deeds import WrongWords
 from wardex_desk.desk import Desk
 from wardex_desk.device import DeviceError
 from wardex_desk.eeprom import DescriptionError
+from wardex_desk.ending import Stopped, stop_when_told
 from wardex_desk.firmware import Plan
 from wardex_desk.instance import DEFAULT_NAME, Instance, InstanceError
 
 FAILED = 1
 WRONG_WORDS = 2
-ENDS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
-
-
-class Stopped(BaseException):
-    """The person, or the system, ends the command; number: of the signal."""
-
-    def __init__(self, number: int) -> None:
-        super().__init__(number)
-        self.number = number
-
-
-def _stop(number: int, _: Optional[FrameType]) -> NoReturn:
-    # One is enough: a second must not cut short the tidying up.
-    for end in ENDS:
-        signal.signal(end, signal.SIG_IGN)
-    raise Stopped(number)
 
 
 def main(arguments: Sequence[str]) -> int:
     """Does what the words ask for; 0 done, 1 failed, 2 wrong words, 128+n ended by a signal."""
-    for end in ENDS:
-        signal.signal(end, _stop)
+    stop_when_told()
     try:
         return _perform(command_line.parse(arguments))
     except WrongWords as error:

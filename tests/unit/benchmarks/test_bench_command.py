@@ -7,6 +7,8 @@ import signal
 
 import pytest
 
+from wardex_desk import ending
+
 from wardex_bench import building, cli, document, rows
 from wardex_bench.building import BuildError
 from wardex_bench.row import NotHere, Result, Row, Unmeasured, ours_at_most
@@ -26,7 +28,7 @@ def row(name, ours, goal=ours_at_most(10)):
 @pytest.fixture(name="bench")
 def a_bench(monkeypatch):
     """Runs the command over rows of ours, without a build; answers the exit status."""
-    handlers = {number: signal.getsignal(number) for number in cli.ENDS}
+    handlers = {number: signal.getsignal(number) for number in ending.ENDS}
     monkeypatch.setattr(building, "build", lambda: None)
 
     def run(all_rows, *words):

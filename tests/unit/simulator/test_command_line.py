@@ -4,7 +4,7 @@ import signal
 
 import pytest
 
-from wardex_desk import cli, command_line, scenario
+from wardex_desk import cli, command_line, ending, scenario
 from wardex_desk.command_line import Request, parse
 from wardex_desk.deeds import WrongWords
 
@@ -118,7 +118,7 @@ def test_signal_ends_the_command_in_order(monkeypatch, number, status):
     def live(_):
         signal.raise_signal(number)
 
-    before = {end: signal.getsignal(end) for end in cli.ENDS}
+    before = {end: signal.getsignal(end) for end in ending.ENDS}
     monkeypatch.setattr(cli, "_put_on_desk", live)
     try:
         assert cli.main([]) == status
