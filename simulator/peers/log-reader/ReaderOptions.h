@@ -1,6 +1,6 @@
 #pragma once
 
-#include "log-reader/RecordFilter.h"
+#include "log-reading/RecordFilter.h"
 
 #include <string>
 #include <vector>

@@ -1,8 +1,8 @@
 // Prints the records of the device it runs on, for ./run logs.
 
 #include "common/Diagnostics.h"
-#include "log-reader/DeviceLog.h"
 #include "log-reader/ReaderOptions.h"
+#include "log-reading/DeviceLog.h"
 #include "observer/JsonLine.h"
 
 #include <cstdio>
@@ -17,6 +17,7 @@
 namespace
 {
 
+using namespace orvo;
 using namespace orvo::simulator;
 
 constexpr int kUsageStatus = 64;

@@ -1,8 +1,8 @@
-#include "log-reader/RecordTail.h"
+#include "log-reading/RecordTail.h"
 
 #include <algorithm>
 
-namespace orvo::simulator
+namespace orvo
 {
 
 std::optional<std::size_t> RecordTail::begin(const std::vector<std::string>& window) const
@@ -28,4 +28,4 @@ void RecordTail::add(const std::vector<std::string>& window, std::size_t first)
     }
 }
 
-} // namespace orvo::simulator
+} // namespace orvo

@@ -1,8 +1,8 @@
 #include "Eventually.h"
 #include "RedisClient.h"
 #include "RedisServer.h"
-#include "log-reader/DeviceLog.h"
-#include "log-reader/RecordFilter.h"
+#include "log-reading/DeviceLog.h"
+#include "log-reading/RecordFilter.h"
 #include "logger/LogDefaults.h"
 #include "logger/RedisLogger.h"
 
@@ -11,7 +11,7 @@
 
 #include <stdexcept>
 
-namespace orvo::simulator
+namespace orvo
 {
 
 using testing::ElementsAre;
@@ -215,6 +215,29 @@ TEST_F(DeviceLogTest, LevelAndTextMustBothFit)
     EXPECT_EQ(1U, matching({"ERROR", "door"}).size());
 }
 
+TEST_F(DeviceLogTest, SourceIsTheWholeNameOfTheProgram)
+{
+    write("ours");
+    Logger::RedisLogger other("wardex2", Logger::kLogSocket, Logger::kLogList, false);
+    other.write(Logger::ERROR, "other", 0);
+    EXPECT_THAT(matching({"", "", "wardex"}), ElementsAre("ours"));
+    EXPECT_THAT(matching({"", "", "wardex2"}), ElementsAre("other"));
+    EXPECT_THAT(matching({"", "", "ward"}), IsEmpty());
+    EXPECT_THAT(matching({"", "", "') or true or ('"}), IsEmpty());
+}
+
+TEST_F(DeviceLogTest, TimeIsTheFirstThatIsShownAndWhatHasNonePasses)
+{
+    m_client.command(
+        {"RPUSH", Logger::kLogList, R"({"T":"9.9999", "P":"1", "C":"WARN", "M":"a"})"});
+    m_client.command(
+        {"RPUSH", Logger::kLogList, R"({"T":"10.0000", "P":"1", "C":"WARN", "M":"b"})"});
+    m_client.command({"RPUSH", Logger::kLogList, R"({"M":"none"})"});
+    EXPECT_THAT(matching({"", "", "", 10.0}), ElementsAre("b", "none"));
+    EXPECT_THAT(matching({"", "", "", 9.9999}), ElementsAre("a", "b", "none"));
+    EXPECT_THAT(matching({"", "", "", -1.0}), ElementsAre("a", "b", "none"));
+}
+
 TEST_F(DeviceLogTest, AnyTextIsFoundLiterallyAndNowhereElse)
 {
     const std::vector<std::string> hostile{"'",
@@ -272,4 +295,4 @@ TEST_F(DeviceLogTest, LongestTextThatIsTakenFitsTheScript)
     EXPECT_THAT(news(log), ElementsAre("other"));
 }
 
-} // namespace orvo::simulator
+} // namespace orvo

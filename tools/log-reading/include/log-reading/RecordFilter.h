@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace orvo::simulator
+namespace orvo
 {
 
 /// The names of the record levels, the least serious first.
@@ -15,6 +15,9 @@ struct RecordFilter
 {
     std::string level; ///< this level and more serious ones; one of levelNames()
     std::string text;  ///< stands in the message, as people read it: without the record's escapes
+    std::string source{}; ///< name of the program, as it stands in the record
+    /// Seconds of the monotonic clock, not before; what has no readable time passes.
+    std::optional<double> since{};
 
     /// The Lua expression over `entry` for RedisLogger::getLogEntriesFiltered(); empty when all
     /// records pass, nothing when the text is so long that the script would not hold it.
@@ -24,4 +27,4 @@ struct RecordFilter
     [[nodiscard]] std::optional<std::string> condition() const;
 };
 
-} // namespace orvo::simulator
+} // namespace orvo

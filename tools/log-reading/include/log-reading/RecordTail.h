@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace orvo::simulator
+namespace orvo
 {
 
 /// Remembers the end of a list that grows at its end and is trimmed at its front, so that the
@@ -35,4 +35,4 @@ private:
     std::vector<std::string> m_seen;
 };
 
-} // namespace orvo::simulator
+} // namespace orvo

@@ -1,8 +1,8 @@
-#include "log-reader/RecordTail.h"
+#include "log-reading/RecordTail.h"
 
 #include <gtest/gtest.h>
 
-namespace orvo::simulator
+namespace orvo
 {
 
 class RecordTailTest : public testing::Test
@@ -85,4 +85,4 @@ TEST_F(RecordTailTest, RemembersTheEndOfALongList)
     EXPECT_EQ(1000U, m_tail.begin(window));
 }
 
-} // namespace orvo::simulator
+} // namespace orvo

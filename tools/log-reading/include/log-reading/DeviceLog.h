@@ -1,6 +1,6 @@
 #pragma once
 
-#include "log-reader/RecordTail.h"
+#include "log-reading/RecordTail.h"
 
 #include <memory>
 #include <string>
@@ -11,7 +11,7 @@ namespace orvo::Logger
 class RedisLogger;
 }
 
-namespace orvo::simulator
+namespace orvo
 {
 
 /// The device's log, read through the logger's own retrieval, and never written to.
@@ -51,4 +51,4 @@ private:
     bool m_isGapped{false};
 };
 
-} // namespace orvo::simulator
+} // namespace orvo

@@ -1,10 +1,13 @@
-#include "log-reader/RecordFilter.h"
+#include "log-reading/RecordFilter.h"
 
 #include "logger/LogDefaults.h"
 
 #include <algorithm>
+#include <iomanip>
+#include <locale>
+#include <sstream>
 
-namespace orvo::simulator
+namespace orvo
 {
 
 namespace
@@ -83,6 +86,16 @@ std::string textCondition(const std::string& text)
     return contains(R"lua((string.match(entry,'"M":"(.*)"}$') or entry))lua", asRecorded(text));
 }
 
+/// A number is written by us and holds digits and a point only.
+std::string sinceCondition(double seconds)
+{
+    constexpr int kDecimals = 4;
+    std::ostringstream number;
+    number.imbue(std::locale::classic());
+    number << std::fixed << std::setprecision(kDecimals) << std::max(seconds, 0.0);
+    return R"lua((tonumber(string.match(entry,'^{"T":"(%d+%.%d+)"')) or 1e18)>=)lua" + number.str();
+}
+
 } // namespace
 
 const std::vector<std::string>& levelNames()
@@ -99,6 +112,15 @@ std::optional<std::string> RecordFilter::condition() const
     {
         condition += (condition.empty() ? "" : " and ") + textCondition(text);
     }
+    if (!source.empty())
+    {
+        condition += (condition.empty() ? "" : " and ") +
+                     contains("entry", ", \"S\":\"" + source + "\", \"M\":\"");
+    }
+    if (since)
+    {
+        condition += (condition.empty() ? "" : " and ") + sinceCondition(*since);
+    }
     if (condition.size() > kLongestCondition)
     {
         return std::nullopt;
@@ -106,4 +128,4 @@ std::optional<std::string> RecordFilter::condition() const
     return condition;
 }
 
-} // namespace orvo::simulator
+} // namespace orvo

@@ -1,4 +1,4 @@
-#include "log-reader/DeviceLog.h"
+#include "log-reading/DeviceLog.h"
 
 #include "logger/LogDefaults.h"
 #include "logger/RedisLogger.h"
@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
-namespace orvo::simulator
+namespace orvo
 {
 
 namespace
@@ -114,4 +114,4 @@ std::vector<std::string> DeviceLog::since(int count)
     return records;
 }
 
-} // namespace orvo::simulator
+} // namespace orvo
