@@ -1,13 +1,13 @@
 #include "identification/ServiceRegistration.h"
 
 #include "ServiceInfo.h"
-#include "ServicePaths.h"
 #include "dbus-proxy/BusNames.h"
 #include "dbus-proxy/CorvaneService.h"
 #include "dbus-proxy/PictorService.h"
 #include "dbus-proxy/QUORLService.h"
 #include "dbus-proxy/WIRLService.h"
 #include "identification/EepromCapabilities.h"
+#include "identification/ServicePaths.h"
 #include "logger/RedisLogger.h"
 
 #include <utility>

@@ -87,6 +87,7 @@ def install(instance: Instance, plan: Plan, bus_policy: Optional[Path] = BUS_POL
 
 def _install_programs(instance: Instance, family: Family) -> None:
     instance.path(f"{PROGRAMS}/wardex").symlink_to(f"{DESK}/wardex")
+    instance.path(f"{PROGRAMS}/wardexctl").symlink_to(f"{DESK}/bin/wardexctl")
     for service in SERVICES.values():
         if service.name in family.services:
             instance.path(f"{PROGRAMS}/{service.name}").symlink_to(f"{DESK}/bin/{service.peer}")

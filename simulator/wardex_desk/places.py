@@ -34,7 +34,7 @@ POWER_SWITCH = "/run/desk/power"
 UP_MARK = "/run/desk/up"
 LOGS = "/log"
 CONSOLE = "/log/console"
-SHORT_PATH = f"{DESK}/simulator/device/stubs:/usr/sbin:/usr/bin:/sbin:/bin"
+SHORT_PATH = f"{DESK}/simulator/device/stubs:/usr/sbin:/usr/bin:/sbin:/bin:{PROGRAMS}"
 
 # How the device's boot program says why the device went down (its exit status).
 ENDED_POWER_OFF = 0
@@ -71,5 +71,6 @@ PEERS = (
     "watchdog-guard",
     "device-observer",
     "record-reader",
+    "wardexctl",
 )
 READER = f"{DESK}/bin/record-reader"

@@ -1,7 +1,7 @@
 #include "dbus-proxy/CorvaneService.h"
 
 #include "BusPing.h"
-#include "PingLimits.h"
+#include "dbus-proxy/PingLimits.h"
 
 #include "dbus-proxy/BusNames.h"
 #include "dbus-proxy/CorvaneProxy.h"

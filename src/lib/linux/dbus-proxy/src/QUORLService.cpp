@@ -1,6 +1,6 @@
 #include "dbus-proxy/QUORLService.h"
 
-#include "PingLimits.h"
+#include "dbus-proxy/PingLimits.h"
 
 #include "quorl/Quorl.h"
 

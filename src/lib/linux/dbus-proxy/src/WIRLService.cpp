@@ -1,7 +1,7 @@
 #include "dbus-proxy/WIRLService.h"
 
 #include "BusPing.h"
-#include "PingLimits.h"
+#include "dbus-proxy/PingLimits.h"
 
 #include "dbus-proxy/BusNames.h"
 #include "dbus-proxy/WirlProxy.h"

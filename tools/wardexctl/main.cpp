@@ -1,0 +1,18 @@
+// wardexctl: what the supervisor does, why, and how to act through it.
+
+#include "CommandLine.h"
+
+#include "dbus-proxy/DbusTypes.h"
+
+#include <QCoreApplication>
+
+#include <csignal>
+
+int main(int argc, char** argv)
+{
+    // A reader that goes early is no accident, and told by the failing write.
+    std::signal(SIGPIPE, SIG_IGN);
+    const QCoreApplication application(argc, argv);
+    orvo::registerDbusTypes();
+    return orvo::ctl::runCommandLine(argc, argv);
+}

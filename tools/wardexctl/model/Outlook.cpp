@@ -1,0 +1,235 @@
+#include "model/Outlook.h"
+
+#include "SupervisionLimits.h"
+#include "model/Duration.h"
+#include "model/ServiceNames.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace orvo::ctl
+{
+
+namespace
+{
+
+constexpr double kMsPerSecond = 1000.0;
+constexpr double kTickSeconds = kSystemTickMs / kMsPerSecond;
+constexpr double kStartSeconds = (kStartingTickLimit + 1) * kTickSeconds;
+constexpr int kWindowSeconds = static_cast<int>(kRestartWindowMinutes * kSecondsPerMinute);
+
+int ticksSince(double since, double now, double period)
+{
+    return static_cast<int>(std::floor(std::max(now - since, 0.0) / period));
+}
+
+double pingSeconds(const std::string& name)
+{
+    const NamedService* service = findService(name);
+    return service != nullptr ? service->pingMs / kMsPerSecond : 0;
+}
+
+/// Restarts that still count at a time.
+int restartsAt(const DeviceFacts& facts, double time)
+{
+    return static_cast<int>(
+        std::count_if(facts.packageRestarts.begin(), facts.packageRestarts.end(),
+                      [&](double restart) { return restart > time - kWindowSeconds; }));
+}
+
+std::string notIn(const DeviceFacts& facts, const char* what)
+{
+    return facts.isDeveloper ? std::string(what) + " (only noted: developer mode)" : what;
+}
+
+NextEvent nextWhileUnstable(const DeviceFacts& facts, double now)
+{
+    const int left = static_cast<int>(kUnstableTickLimit) + 1 - facts.unstableTicks;
+    const double at = facts.systemSince + left * kTickSeconds;
+    const double seconds = std::max(at - now, 0.0);
+    if (restartsAt(facts, at) >= static_cast<int>(kRestartLimit))
+    {
+        return {seconds, notIn(facts, "the device reboots")};
+    }
+    return {seconds, notIn(facts, "the whole software package is restarted")};
+}
+
+std::optional<NextEvent> nextOfDevice(const DeviceFacts& facts, double now)
+{
+    if (facts.systemState == "SuprStartingSystem")
+    {
+        return NextEvent{std::max(facts.systemSince + kStartSeconds - now, 0.0),
+                         "the device counts as unstable"};
+    }
+    if (facts.systemState == "SuprUnstableSystem")
+    {
+        return nextWhileUnstable(facts, now);
+    }
+    if (facts.reboot)
+    {
+        return facts.isDeveloper ? NextEvent{-1, "nothing (developer mode): stays so until both "
+                                                 "services are up"}
+                                 : NextEvent{0, "the device reboots, or its watchdog resets it"};
+    }
+    return std::nullopt;
+}
+
+std::optional<NextEvent> nextOfService(const DeviceFacts& facts, const ServiceFacts& service,
+                                       const std::string& name, double now)
+{
+    const auto strikes = strikesOf(facts, service, name, now);
+    if (!strikes || (service.state == "SuprUp" && strikes->count == 0))
+    {
+        return std::nullopt;
+    }
+    const double period = pingSeconds(name);
+    const double begin =
+        service.state == "SuprUp" ? service.lastFailure - strikes->count * period : service.since;
+    const double seconds = std::max(begin + (strikes->threshold + 1) * period - now, 0.0);
+    const std::string shortName = shortNameOf(name);
+    if (service.state != "SuprDown")
+    {
+        return NextEvent{seconds, shortName + " counts as down"};
+    }
+    if (facts.systemState == "SuprStartingSystem" && !facts.isDeveloper)
+    {
+        return NextEvent{std::max(std::min(seconds, period), 0.0),
+                         shortName + " is given a fresh start phase"};
+    }
+    return NextEvent{seconds, facts.isDeveloper
+                                  ? shortName + " would be restarted (only noted: developer mode)"
+                                  : shortName + " is stopped and started by its script"};
+}
+
+} // namespace
+
+std::string verdictText(Verdict verdict)
+{
+    switch (verdict)
+    {
+    case Verdict::Stable:
+        return "stable";
+    case Verdict::Starting:
+        return "starting";
+    case Verdict::Unstable:
+        return "unstable";
+    case Verdict::Rebooting:
+        return "rebooting";
+    case Verdict::Silent:
+        break;
+    }
+    return "supervisor silent";
+}
+
+Verdict verdictOf(const DeviceFacts& facts, const BusView& bus, double now)
+{
+    if (facts.reboot && !facts.isDeveloper)
+    {
+        return Verdict::Rebooting;
+    }
+    if (!bus.answers)
+    {
+        return Verdict::Silent;
+    }
+    if (facts.systemState == "SuprStableSystem")
+    {
+        return Verdict::Stable;
+    }
+    if (facts.systemState == "SuprStartingSystem")
+    {
+        return Verdict::Starting;
+    }
+    if (!facts.systemState.empty())
+    {
+        return Verdict::Unstable;
+    }
+    if (bus.areJudgedListed)
+    {
+        return Verdict::Stable;
+    }
+    const double begin = facts.packageRestarts.empty() ? facts.started.value_or(now - kStartSeconds)
+                                                       : facts.packageRestarts.back();
+    return now - begin < kStartSeconds ? Verdict::Starting : Verdict::Unstable;
+}
+
+RestartBudget restartBudget(const DeviceFacts& facts, double now)
+{
+    RestartBudget budget{restartsAt(facts, now), static_cast<int>(kRestartLimit), kWindowSeconds,
+                         0};
+    for (const double restart : facts.packageRestarts)
+    {
+        if (restart > now - kWindowSeconds)
+        {
+            budget.free = restart + kWindowSeconds - now;
+            break;
+        }
+    }
+    return budget;
+}
+
+std::string budgetText(const RestartBudget& budget)
+{
+    const std::string window = std::to_string(budget.window) + " s";
+    const std::string used = std::to_string(budget.used) + " of " + std::to_string(budget.limit) +
+                             " package restarts in " + window + "; ";
+    if (budget.used >= budget.limit)
+    {
+        return used + "the next need reboots, unless it comes after " + durationText(budget.free);
+    }
+    const int more = budget.limit - budget.used;
+    return used + (more == 1 ? std::string("one more") : std::to_string(more) + " more") +
+           " within the window, then the next need reboots";
+}
+
+std::optional<Strikes> strikesOf(const DeviceFacts& facts, const ServiceFacts& service,
+                                 const std::string& name, double now)
+{
+    const double period = pingSeconds(name);
+    if (service.state.empty() || period <= 0)
+    {
+        return std::nullopt;
+    }
+    if (service.state == "SuprUp")
+    {
+        // A ping that was answered since leaves no record: the row ended when the next is overdue.
+        const bool isOver = now - service.lastFailure > 2 * period;
+        return Strikes{isOver ? 0 : service.failedPings, kUpBadPingThreshold};
+    }
+    const int ticks = ticksSince(service.since, now, period);
+    if (service.state == "SuprStarting")
+    {
+        return Strikes{std::min(ticks, kStartingBadPingThreshold), kStartingBadPingThreshold};
+    }
+    // In developer mode a dead service stays, and is counted anew.
+    const int shown = facts.isDeveloper ? ticks % (kDownBadPingThreshold + 1)
+                                        : std::min(ticks, kDownBadPingThreshold);
+    return Strikes{shown, kDownBadPingThreshold};
+}
+
+std::vector<NextEvent> nextEvents(const DeviceFacts& facts, const BusView& bus, double now)
+{
+    std::vector<NextEvent> events;
+    if (!bus.answers && !facts.reboot)
+    {
+        return {{-1, "nobody supervises: the watchdog resets the device unless the supervisor "
+                     "feeds it in time"}};
+    }
+    if (const auto event = nextOfDevice(facts, now))
+    {
+        events.push_back(*event);
+    }
+    for (const auto& [name, service] : facts.services)
+    {
+        const auto event = nextOfService(facts, service, name, now);
+        if (event && (!facts.reboot || facts.isDeveloper))
+        {
+            events.push_back(*event);
+        }
+    }
+    std::stable_sort(events.begin(), events.end(),
+                     [](const NextEvent& left, const NextEvent& right)
+                     { return left.seconds < right.seconds; });
+    return events;
+}
+
+} // namespace orvo::ctl
