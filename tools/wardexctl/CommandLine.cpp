@@ -2,8 +2,11 @@
 
 #include "output/ExitStatus.h"
 #include "output/Output.h"
+#include "verbs/LogLevel.h"
+#include "verbs/LogVerb.h"
 #include "verbs/Monitor.h"
 #include "verbs/ServiceVerbs.h"
+#include "verbs/StateVerbs.h"
 
 #include <functional>
 #include <iostream>
@@ -26,6 +29,9 @@ struct Words
     std::string duration;
     bool noWait{false};
     MonitorOptions monitor;
+    LogWords log;
+    bool follows{false};
+    LogLevelWords logLevel;
     std::function<int(const Output&)> run;
 };
 
@@ -80,6 +86,45 @@ void addServiceVerbs(CLI::App& app, Words& words)
     monitor->add_option("--timeout", words.monitor.timeout, "Ends after that time");
 }
 
+void addLogVerbs(CLI::App& app, Words& words)
+{
+    CLI::App* const log = addVerb(
+        app, words, "log", "The device's log, stored and live",
+        "  wardexctl log -n 20\n  wardexctl log -f --level WARN\n"
+        "  wardexctl log --since 10m -g 'pictor.*dead'\n  wardexctl log -f --json",
+        [&words](const Output& output) { return LogVerb(output, words.log, words.follows).run(); });
+    log->add_flag("-f,--follow", words.follows, "Goes on with the records that come");
+    log->add_option("-n,--newest", words.log.newest, "At most so many of the stored records")
+        ->check(CLI::NonNegativeNumber);
+    log->add_option("--since", words.log.since, "10m ago, or from 05:30 or 05:30:10 on");
+    log->add_option("--level", words.log.level, "This level and more serious ones");
+    log->add_option("--source", words.log.source, "Only records of this program");
+    log->add_option("-g,--grep", words.log.regex, "Only messages that match the expression");
+    CLI::App* const level =
+        addVerb(app, words, "loglevel", "Shows or sets which levels programs log",
+                "  wardexctl loglevel\n  wardexctl loglevel wardex +TRACE --for 10m\n"
+                "  wardexctl loglevel wardex WARN+ --save\n  wardexctl loglevel all default",
+                [&words](const Output& output) { return logLevel(output, words.logLevel); });
+    level->add_option("SOURCE", words.logLevel.source, "A program's name, or all");
+    level->add_option("LEVELS", words.logLevel.levels,
+                      "all, default, none, WARN, WARN+ (and worse), +TRACE, -DEBUG; with commas");
+    level->add_option("--for", words.logLevel.span, "Falls back by itself after that time");
+    level->add_option("--after", words.logLevel.after, "Sets it only after that time");
+    level->add_flag("--save", words.logLevel.saves, "Stores it for the programs' next starts, too");
+}
+
+void addStateVerbs(CLI::App& app, Words& words)
+{
+    addVerb(app, words, "status", "How the device is, and what comes next (the default)",
+            "  wardexctl\n  wardexctl status pictor\n  wardexctl status --json",
+            [&words](const Output& output) { return showStatus(output, words.name); })
+        ->add_option("NAME", words.name, kNames);
+    addVerb(app, words, "why", "The chain of events behind the last restart or reboot",
+            "  wardexctl why\n  wardexctl why pictor",
+            [&words](const Output& output) { return explainWhy(output, words.name); })
+        ->add_option("NAME", words.name, kNames);
+}
+
 } // namespace
 
 int runCommandLine(int argc, char** argv)
@@ -92,8 +137,15 @@ int runCommandLine(int argc, char** argv)
         "Exit status: 0 done or up, 1 refused or trouble found, 3 not up, 4 unknown service,\n"
         "5 the supervisor does not answer, 6 the log does not answer, 64 wrong words.\n"
         "wardexctl VERB --help shows a verb's options and examples.");
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1);
+    app.add_flag("--json", words.json, "For programs: see docs/wardexctl.md");
+    words.run = [](const Output& output)
+    {
+        return showStatus(output, "");
+    };
+    addStateVerbs(app, words);
     addServiceVerbs(app, words);
+    addLogVerbs(app, words);
     try
     {
         app.parse(argc, argv);

@@ -169,16 +169,13 @@ RestartBudget restartBudget(const DeviceFacts& facts, double now)
 
 std::string budgetText(const RestartBudget& budget)
 {
-    const std::string window = std::to_string(budget.window) + " s";
     const std::string used = std::to_string(budget.used) + " of " + std::to_string(budget.limit) +
-                             " package restarts in " + window + "; ";
+                             " package restarts in " + std::to_string(budget.window) + " s; ";
     if (budget.used >= budget.limit)
     {
-        return used + "the next need reboots, unless it comes after " + durationText(budget.free);
+        return used + "a need within " + durationText(budget.free) + " reboots";
     }
-    const int more = budget.limit - budget.used;
-    return used + (more == 1 ? std::string("one more") : std::to_string(more) + " more") +
-           " within the window, then the next need reboots";
+    return used + "need number " + std::to_string(budget.limit + 1) + " in that time reboots";
 }
 
 std::optional<Strikes> strikesOf(const DeviceFacts& facts, const ServiceFacts& service,
