@@ -2,6 +2,7 @@
 
 #include "output/ExitStatus.h"
 #include "output/Output.h"
+#include "verbs/Doctor.h"
 #include "verbs/LogLevel.h"
 #include "verbs/LogVerb.h"
 #include "verbs/Monitor.h"
@@ -123,6 +124,8 @@ void addStateVerbs(CLI::App& app, Words& words)
             "  wardexctl why\n  wardexctl why pictor",
             [&words](const Output& output) { return explainWhy(output, words.name); })
         ->add_option("NAME", words.name, kNames);
+    addVerb(app, words, "doctor", "Checks the installation and says what to do",
+            "  wardexctl doctor", runDoctor);
 }
 
 } // namespace

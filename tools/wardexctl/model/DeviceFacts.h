@@ -41,7 +41,8 @@ struct DeviceFacts
     std::optional<double> reboot;        ///< decided
     std::optional<double> unfed;         ///< the last time the watchdog could not be fed
     std::optional<std::uint32_t> mask;   ///< as announced last
-    bool isTraceSeen{false};
+    bool isTraceSeen{false};             ///< and not masked since
+    std::optional<double> traceHidden;   ///< since when TRACE is masked, if that was announced
     std::map<std::string, ServiceFacts> services; ///< by bus name
 };
 

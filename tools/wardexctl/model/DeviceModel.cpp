@@ -1,6 +1,7 @@
 #include "model/DeviceModel.h"
 
 #include "SupervisionLimits.h"
+#include "logger/RedisLogger.h"
 #include "model/ServiceNames.h"
 
 namespace orvo::ctl
@@ -67,7 +68,7 @@ void DeviceModel::apply(const SupervisorEvent& event, double time)
         m_facts.family = event.name;
         break;
     case Kind::MaskChanged:
-        m_facts.mask = event.mask;
+        changeMask(event.mask, time);
         break;
     case Kind::SystemEntry:
         enterSystem(event.state, time);
@@ -93,6 +94,31 @@ void DeviceModel::apply(const SupervisorEvent& event, double time)
     default:
         applyService(event, time);
         break;
+    }
+}
+
+void DeviceModel::changeMask(std::uint32_t mask, double time)
+{
+    m_facts.mask = mask;
+    if ((mask & Logger::TRACE) != 0)
+    {
+        m_facts.traceHidden.reset();
+        return;
+    }
+    if (!m_facts.traceHidden)
+    {
+        m_facts.traceHidden = time;
+    }
+    m_facts.isTraceSeen = false;
+    m_facts.systemState.clear();
+    m_facts.unstableTicks = 0;
+    m_isRestartNoted = false;
+    for (auto& [name, service] : m_facts.services)
+    {
+        ServiceFacts kept;
+        kept.lastScript = service.lastScript;
+        kept.scripts = service.scripts;
+        service = kept;
     }
 }
 

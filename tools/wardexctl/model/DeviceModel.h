@@ -10,7 +10,8 @@ namespace orvo::ctl
 /// tell about the device. Without I/O and without a clock of its own.
 ///
 /// Shape:   a new process of the supervisor begins anew: its history died with its predecessor.
-///          Most of the state is told at TRACE only; what no record told stays unset.
+///          Most of the state is told at TRACE only; what no record told stays unset, and
+///          what was told is forgotten once TRACE is masked, for it may have changed since.
 /// Threads: one.
 class DeviceModel
 {
@@ -22,6 +23,7 @@ public:
 private:
     void begin(const ReadRecord& record);
     void apply(const SupervisorEvent& event, double time);
+    void changeMask(std::uint32_t mask, double time);
     void applyService(const SupervisorEvent& event, double time);
     void enterSystem(const std::string& state, double time);
     void enterService(ServiceFacts& service, const std::string& state, double time);

@@ -208,8 +208,7 @@ std::vector<NextEvent> nextEvents(const DeviceFacts& facts, const BusView& bus, 
     std::vector<NextEvent> events;
     if (!bus.answers && !facts.reboot)
     {
-        return {{-1, "nobody supervises: the watchdog resets the device unless the supervisor "
-                     "feeds it in time"}};
+        return {{-1, "nobody feeds the watchdog: it will reset the device"}};
     }
     if (const auto event = nextOfDevice(facts, now))
     {
