@@ -15,10 +15,7 @@ struct ServiceView
     std::string name;    ///< on the bus
     std::string process; ///< "up" or "down" by the process list, "" when it has no process name
     bool isJudged{false};
-    bool isListed{false}; ///< available: among those the supervisor lists
-
-    /// Its process runs; a judged one must be available, too.
-    [[nodiscard]] bool isUp() const { return process == "up" && (isListed || !isJudged); }
+    bool isListed{false}; ///< on the bus, by the supervisor's list
 };
 
 /// What the supervisor tells about its services.

@@ -37,6 +37,21 @@ int restartsAt(const DeviceFacts& facts, double time)
                       [&](double restart) { return restart > time - kWindowSeconds; }));
 }
 
+/// A service that hangs is found dead again within this many of its pings.
+constexpr int kQuietPings = 2 * (kStartingBadPingThreshold + kDownBadPingThreshold + 2);
+
+bool isRecentlyDead(const ServiceFacts& service, const std::string& name, double now)
+{
+    return service.lastScript && now - *service.lastScript < kQuietPings * pingSeconds(name);
+}
+
+bool isAnyRecentlyDead(const DeviceFacts& facts, double now)
+{
+    return std::any_of(facts.services.begin(), facts.services.end(),
+                       [&](const auto& each)
+                       { return isRecentlyDead(each.second, each.first, now); });
+}
+
 std::string notIn(const DeviceFacts& facts, const char* what)
 {
     return facts.isDeveloper ? std::string(what) + " (only noted: developer mode)" : what;
@@ -121,6 +136,17 @@ std::string verdictText(Verdict verdict)
     return "supervisor silent";
 }
 
+bool isAvailable(const DeviceFacts& facts, const std::string& name, bool isListed, double now)
+{
+    const auto found = facts.services.find(name);
+    if (found == facts.services.end())
+    {
+        return isListed;
+    }
+    return found->second.isAvailable.value_or(isListed &&
+                                              !isRecentlyDead(found->second, name, now));
+}
+
 Verdict verdictOf(const DeviceFacts& facts, const BusView& bus, double now)
 {
     if (facts.reboot && !facts.isDeveloper)
@@ -145,7 +171,7 @@ Verdict verdictOf(const DeviceFacts& facts, const BusView& bus, double now)
     }
     if (bus.areJudgedListed)
     {
-        return Verdict::Stable;
+        return isAnyRecentlyDead(facts, now) ? Verdict::Unstable : Verdict::Stable;
     }
     const double begin = facts.packageRestarts.empty() ? facts.started.value_or(now - kStartSeconds)
                                                        : facts.packageRestarts.back();

@@ -29,6 +29,11 @@ struct BusView
     bool areJudgedListed{false}; ///< both judged services are in the supervisor's list
 };
 
+/// Whether a judged service is available: by the records where they tell, else by the supervisor's
+/// list. That has every service that is on the bus, also one that hangs, and so does not count soon
+/// after a script had to start it.
+bool isAvailable(const DeviceFacts& facts, const std::string& name, bool isListed, double now);
+
 /// Judges by the records where they tell the state, else by the bus.
 /// Units: now in seconds of the monotonic clock.
 Verdict verdictOf(const DeviceFacts& facts, const BusView& bus, double now);

@@ -3,6 +3,7 @@
 #include "bus/ServiceOverview.h"
 #include "dbus-proxy/BusNames.h"
 #include "log/DeviceClock.h"
+#include "log/LogFacts.h"
 #include "model/Duration.h"
 #include "model/ServiceNames.h"
 #include "output/ExitStatus.h"
@@ -60,19 +61,30 @@ int Monitor::begin()
                 QStringLiteral("org.freedesktop.DBus"), QStringLiteral("NameOwnerChanged"), this,
                 SLOT(ownerChanged(QString, QString, QString)));
     const ServiceOverview overview = askForServices();
+    const LogFacts factsTold;
     if (!overview.answer.isAnswered())
     {
         return complainSilent(m_output, overview.answer);
     }
     for (const ServiceView& view : overview.services)
     {
-        // A signal that came meanwhile is newer than the list.
-        if (view.isJudged && m_up.count(view.name) == 0)
+        if (view.isJudged)
         {
-            take(view.name, view.isListed);
+            take(view.name, factsTold.isAvailable(view));
         }
     }
+    endBegin();
     return kOk;
+}
+
+void Monitor::endBegin()
+{
+    m_isBegun = true;
+    for (const auto& change : m_meanwhile)
+    {
+        change();
+    }
+    m_meanwhile.clear();
 }
 
 int Monitor::wait(const std::string& timeout)
@@ -119,6 +131,11 @@ int Monitor::wait(const std::string& timeout)
 
 void Monitor::availabilityChanged(const QVariantMap& services)
 {
+    if (!m_isBegun)
+    {
+        m_meanwhile.emplace_back([this, services] { availabilityChanged(services); });
+        return;
+    }
     for (auto service = services.begin(); service != services.end(); ++service)
     {
         take(service.key().toStdString(), service.value().toString() == QLatin1String("up"));
@@ -127,12 +144,18 @@ void Monitor::availabilityChanged(const QVariantMap& services)
 
 void Monitor::ownerChanged(const QString& name, const QString& before, const QString& now)
 {
-    if (name == QLatin1String(kWardexBusName))
+    if (name != QLatin1String(kWardexBusName))
     {
-        tell("wardex", now.isEmpty() ? "gone" : before.isEmpty() ? "back" : "replaced");
+        return;
     }
+    const std::string change = now.isEmpty() ? "gone" : before.isEmpty() ? "back" : "replaced";
+    if (!m_isBegun)
+    {
+        m_meanwhile.emplace_back([this, change] { tell("wardex", change); });
+        return;
+    }
+    tell("wardex", change);
 }
-
 void Monitor::take(const std::string& busName, bool isUp)
 {
     const auto known = m_up.find(busName);

@@ -6,9 +6,11 @@
 #include <QObject>
 #include <QVariantMap>
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 class QEventLoop;
 
@@ -44,6 +46,7 @@ private:
     void tell(const std::string& service, const std::string& state);
     void take(const std::string& busName, bool isUp);
     int begin();
+    void endBegin();
     int wait(const std::string& timeout);
 
     const Output& m_output;
@@ -52,6 +55,8 @@ private:
     bool m_untilUp{true};
     bool m_isReached{false};
     QEventLoop* m_loop{nullptr};
+    bool m_isBegun{false};
+    std::vector<std::function<void()>> m_meanwhile; ///< came while the list was asked for
 };
 
 } // namespace orvo::ctl

@@ -1,6 +1,7 @@
 #include "verbs/ServiceVerbs.h"
 
 #include "bus/ServiceOverview.h"
+#include "log/LogFacts.h"
 #include "model/ServiceNames.h"
 #include "output/ExitStatus.h"
 #include "output/Json.h"
@@ -13,19 +14,32 @@ namespace
 
 constexpr std::size_t kProcessWidth = 9;
 constexpr std::size_t kNameWidth = 17;
+constexpr std::size_t kRunsWidth = 14;
 
-std::string availability(const ServiceView& view)
+/// A service with what the log tells about it.
+struct JudgedView
 {
-    if (!view.isJudged)
+    ServiceView view;
+    bool isAvailable{false};
+
+    [[nodiscard]] bool isUp() const
+    {
+        return view.process == "up" && (isAvailable || !view.isJudged);
+    }
+};
+
+std::string availability(const JudgedView& judged)
+{
+    if (!judged.view.isJudged)
     {
         return "not judged";
     }
-    return view.isListed ? "available" : "not available";
+    return judged.isAvailable ? "available" : "not available";
 }
 
-Tone toneOf(const ServiceView& view)
+Tone toneOf(const JudgedView& judged)
 {
-    return view.isUp() ? Tone::Good : Tone::Bad;
+    return judged.isUp() ? Tone::Good : Tone::Bad;
 }
 
 std::string runs(const ServiceView& view)
@@ -33,14 +47,15 @@ std::string runs(const ServiceView& view)
     return view.process == "up" ? "runs" : "does not run";
 }
 
-QJsonObject jsonOf(const ServiceView& view)
+QJsonObject jsonOf(const JudgedView& judged)
 {
+    const ServiceView& view = judged.view;
     return {{"name", jsonText(view.name)},
             {"process", jsonText(shortNameOf(view.name))},
             {"running", view.process == "up"},
             {"judged", view.isJudged},
-            {"available", view.isJudged ? QJsonValue(view.isListed) : QJsonValue()},
-            {"up", view.isUp()}};
+            {"available", view.isJudged ? QJsonValue(judged.isAvailable) : QJsonValue()},
+            {"up", judged.isUp()}};
 }
 
 } // namespace
@@ -76,12 +91,15 @@ int listServices(const Output& output)
     {
         return complainSilent(output, overview.answer);
     }
+    const LogFacts log;
     QJsonArray services;
     for (const ServiceView& view : overview.services)
     {
-        services.append(jsonOf(view));
-        output.line(padded(view.name, kNameWidth) + padded(shortNameOf(view.name), kProcessWidth) +
-                    output.tone(toneOf(view), padded(runs(view), 14) + availability(view)));
+        const JudgedView judged{view, log.isAvailable(view)};
+        services.append(jsonOf(judged));
+        output.line(
+            padded(view.name, kNameWidth) + padded(shortNameOf(view.name), kProcessWidth) +
+            output.tone(toneOf(judged), padded(runs(view), kRunsWidth) + availability(judged)));
     }
     QJsonObject json = ctl::jsonOf("list");
     json["services"] = services;
@@ -106,15 +124,16 @@ int isServiceUp(const Output& output, const std::string& name)
         return complainUnknown(output, busName);
     }
     const ServiceView& view = overview.services.front();
+    const JudgedView judged{view, LogFacts().isAvailable(view)};
     QJsonObject json = ctl::jsonOf("is-up");
-    json["service"] = jsonOf(view);
-    json["up"] = view.isUp();
+    json["service"] = jsonOf(judged);
+    json["up"] = judged.isUp();
     output.json(json);
     const std::string why =
-        view.isUp() ? "" : " (its process " + runs(view) + ", " + availability(view) + ")";
-    output.line(output.tone(toneOf(view),
-                            shortNameOf(busName) + " is " + (view.isUp() ? "up" : "not up") + why));
-    return view.isUp() ? kOk : kNotUp;
+        judged.isUp() ? "" : " (its process " + runs(view) + ", " + availability(judged) + ")";
+    output.line(output.tone(toneOf(judged), shortNameOf(busName) + " is " +
+                                                (judged.isUp() ? "up" : "not up") + why));
+    return judged.isUp() ? kOk : kNotUp;
 }
 
 } // namespace orvo::ctl

@@ -94,7 +94,7 @@ int statusOf(const StatusView& view)
     {
         return view.verdict() == Verdict::Stable ? kOk : kNotUp;
     }
-    return view.services().front().isUp() ? kOk : kNotUp;
+    return view.isUp(view.services().front()) ? kOk : kNotUp;
 }
 
 QJsonObject jsonOf(const WhyChain& chain, const DeviceClock& clock)

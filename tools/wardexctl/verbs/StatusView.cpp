@@ -59,7 +59,7 @@ std::string availableText(const StatusView& view, const ServiceView& service,
     }
     if (!facts.isAvailable)
     {
-        return !view.overview.answer.isAnswered() ? "?" : service.isListed ? "up" : "down";
+        return !view.overview.answer.isAnswered() ? "?" : view.isUp(service) ? "up" : "down";
     }
     return (*facts.isAvailable ? "up for " : "down for ") +
            durationText(view.clock.age(facts.availableSince));
@@ -103,8 +103,7 @@ std::string serviceLine(const Output& output, const StatusView& view, const Serv
     const std::string process = service.process.empty()   ? "?"
                                 : service.process == "up" ? "runs"
                                                           : "does not run";
-    const bool isUp = service.isUp() && facts.isAvailable.value_or(true);
-    return output.tone(isUp ? Tone::Plain : Tone::Bad,
+    return output.tone(view.isUp(service) ? Tone::Plain : Tone::Bad,
                        serviceLine(shortNameOf(service.name), level, process,
                                    availableText(view, service, facts),
                                    strikesText(view, service, facts), scriptText(view, facts)));
@@ -179,15 +178,23 @@ QJsonObject serviceJson(const StatusView& view, const ServiceView& service)
         {"availableSeconds", age(facts.isAvailable.has_value(), facts.availableSince)},
         {"lastScriptSeconds", facts.lastScript ? age(true, *facts.lastScript) : QJsonValue()},
         {"scripts", facts.scripts}};
-    json["available"] = !service.isJudged   ? QJsonValue()
-                        : facts.isAvailable ? QJsonValue(*facts.isAvailable)
-                                            : QJsonValue(service.isListed);
+    json["available"] = !service.isJudged
+                            ? QJsonValue()
+                            : QJsonValue(isAvailable(view.facts, service.name, service.isListed,
+                                                     view.clock.monotonic));
     json["strikes"] = strikes ? QJsonValue(strikes->count) : QJsonValue();
     json["threshold"] = strikes ? QJsonValue(strikes->threshold) : QJsonValue();
     return json;
 }
 
 } // namespace
+
+bool StatusView::isUp(const ServiceView& service) const
+{
+    return service.process != "down" &&
+           (!service.isJudged ||
+            isAvailable(facts, service.name, service.isListed, clock.monotonic));
+}
 
 BusView StatusView::bus() const
 {

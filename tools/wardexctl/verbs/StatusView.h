@@ -28,6 +28,8 @@ struct StatusView
 
     [[nodiscard]] BusView bus() const;
     [[nodiscard]] Verdict verdict() const;
+    /// Its process runs, as far as anybody can say, and a judged one is available.
+    [[nodiscard]] bool isUp(const ServiceView& service) const;
     /// The services asked for: those on the bus, else those that the records name.
     [[nodiscard]] std::vector<ServiceView> services() const;
 };
