@@ -29,5 +29,6 @@ install(FILES
     DESTINATION ${package} COMPONENT development)
 
 install(TARGETS wardex RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR} COMPONENT runtime)
+install(TARGETS wardexctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 install(FILES packaging/dbus/com.orvo.wardex.conf
     DESTINATION ${CMAKE_INSTALL_DATADIR}/dbus-1/system.d COMPONENT runtime)

@@ -1,11 +1,8 @@
 #include "log-reading/LogSubscription.h"
 
-#include "RedisReplyPtr.h"
 #include "logger/LogDefaults.h"
 
 #include <utility>
-
-#include <hiredis/hiredis.h>
 
 #include <poll.h>
 #include <sys/time.h>
@@ -28,11 +25,6 @@ bool isReadable(int descriptor)
 }
 
 } // namespace
-
-void LogSubscription::ContextDeleter::operator()(redisContext* context) const
-{
-    redisFree(context);
-}
 
 LogSubscription::LogSubscription(std::string socketPath) : m_socketPath(std::move(socketPath)) {}
 

@@ -1,9 +1,5 @@
 #include "log-reading/RedisLink.h"
 
-#include "RedisReplyPtr.h"
-
-#include <hiredis/hiredis.h>
-
 #include <sys/time.h>
 
 namespace orvo
@@ -18,16 +14,11 @@ timeval timeoutOf(int milliseconds)
     constexpr int kUsPerMs = 1000;
     timeval timeout{};
     timeout.tv_sec = milliseconds / kMsPerSecond;
-    timeout.tv_usec = milliseconds % kMsPerSecond * kUsPerMs;
+    timeout.tv_usec = static_cast<suseconds_t>(milliseconds % kMsPerSecond) * kUsPerMs;
     return timeout;
 }
 
 } // namespace
-
-void RedisLink::ContextDeleter::operator()(redisContext* context) const
-{
-    redisFree(context);
-}
 
 RedisLink::RedisLink(const std::string& socketPath, int timeoutMs)
     : m_context(redisConnectUnixWithTimeout(socketPath.c_str(), timeoutOf(timeoutMs)))

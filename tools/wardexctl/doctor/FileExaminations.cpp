@@ -9,8 +9,8 @@
 #include <QFile>
 
 #include <cerrno>
-#include <cstring>
 #include <set>
+#include <system_error>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -37,7 +37,7 @@ void examineScript(const std::string& path, const std::string& whose, Findings& 
     if (::stat(path.c_str(), &state) != 0)
     {
         findings.push_back({Finding::Grade::Trouble, path,
-                            whose + " cannot be started: " + std::strerror(errno),
+                            whose + " cannot be started: " + std::system_category().message(errno),
                             "Install the package that brings it."});
     }
     else if (::access(path.c_str(), X_OK) != 0 || !S_ISREG(state.st_mode))
@@ -110,7 +110,7 @@ void examineWatchdog(const std::vector<ReadRecord>& records, Findings& findings)
     if (::stat(kWatchdogNode, &state) != 0)
     {
         findings.push_back({Finding::Grade::Trouble, kWatchdogNode,
-                            std::string("is missing: ") + std::strerror(errno),
+                            std::string("is missing: ") + std::system_category().message(errno),
                             "Load the watchdog's driver: a supervisor that hangs is not reset."});
         return;
     }

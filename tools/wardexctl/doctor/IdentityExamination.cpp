@@ -56,7 +56,7 @@ std::string examineIdentity(const std::vector<ReadRecord>& records, Findings& fi
     {
         examineEeprom(module, findings);
     }
-    const std::string family = familyOfDevice();
+    std::string family = familyOfDevice();
     if (family.empty())
     {
         findings.push_back({Finding::Grade::Trouble, "device family",

@@ -88,6 +88,7 @@ std::vector<SourceMask> LogConfig::all() const
         }
     }
     std::vector<SourceMask> masks;
+    masks.reserve(sources.size());
     for (const std::string& source : sources)
     {
         masks.push_back(maskOf(source));
@@ -115,7 +116,8 @@ std::optional<int> LogConfig::publish(const std::string& source, std::uint32_t m
     {
         return std::nullopt;
     }
-    return std::atoi(listeners->c_str());
+    constexpr int kDecimal = 10;
+    return static_cast<int>(std::strtol(listeners->c_str(), nullptr, kDecimal));
 }
 
 bool LogConfig::save(const std::string& source, std::uint32_t mask)
@@ -129,12 +131,12 @@ bool LogConfig::save(const std::string& source, std::uint32_t mask)
     try
     {
         // Kept: the end of a program's last logger takes a second.
-        static auto* const logger =
+        static auto* const kLogger =
             new Logger::RedisLogger("wardexctl", Logger::kConfigSocket, Logger::kLogList, false);
         // Its answer tells nothing: the server answers with a number, it waits for a text.
-        (void)logger->saveConfig(jsonEscaped(QString::fromStdString(source)),
-                                 static_cast<int>(mask), before.value(asText("max")).toInt(),
-                                 jsonEscaped(before.value(asText("segvregex")).toString()));
+        (void)kLogger->saveConfig(jsonEscaped(QString::fromStdString(source)),
+                                  static_cast<int>(mask), before.value(asText("max")).toInt(),
+                                  jsonEscaped(before.value(asText("segvregex")).toString()));
     }
     catch (const std::runtime_error&)
     {

@@ -35,9 +35,9 @@ std::optional<std::vector<std::string>> StoredLog::read(const RecordFilter& filt
     try
     {
         // Not destroyed: the end of a program's last logger takes a second.
-        static auto* const kept = new std::vector<std::unique_ptr<DeviceLog>>;
-        kept->push_back(std::make_unique<DeviceLog>(*condition));
-        return kept->back()->news();
+        static auto* const kKept = new std::vector<std::unique_ptr<DeviceLog>>;
+        kKept->push_back(std::make_unique<DeviceLog>(*condition));
+        return kKept->back()->news();
     }
     catch (const std::runtime_error& error)
     {

@@ -214,14 +214,15 @@ int graceService(const Output& output, const std::string& name, const std::strin
     json["milliseconds"] = static_cast<int>(time->count());
     json["code"] = answer.status.code;
     json["message"] = answer.status.message;
-    output.json(json);
     if (answer.status.code != 0)
     {
         output.problem({busName,
                         "has no machine whose pings could wait, " + statusText(answer.status),
                         "Only corvane and pictor are pinged for the device's health."});
+        output.json(json);
         return kUnknown;
     }
+    output.json(json);
     output.line(shortNameOf(busName) + " was given time.");
     output.line(missesText(busName, static_cast<double>(time->count()) / kMsPerSecondOf));
     return kOk;

@@ -60,7 +60,7 @@ void waitFor(const std::string& duration)
     sigemptyset(&ends);
     sigaddset(&ends, SIGTERM);
     sigaddset(&ends, SIGINT);
-    sigprocmask(SIG_BLOCK, &ends, nullptr);
+    pthread_sigmask(SIG_BLOCK, &ends, nullptr);
     const timespec bound{static_cast<time_t>(time->count() / kMsPerSecondHere),
                          static_cast<long>(time->count() % kMsPerSecondHere) * 1000000L};
     (void)sigtimedwait(&ends, nullptr, &bound);

@@ -92,9 +92,12 @@ int Monitor::wait(const std::string& timeout)
     QEventLoop loop;
     m_loop = &loop;
     const auto bound = durationOf(timeout);
+    QTimer end;
+    end.setSingleShot(true);
+    connect(&end, &QTimer::timeout, &loop, [&loop] { loop.exit(kNotUp); });
     if (bound)
     {
-        QTimer::singleShot(*bound, &loop, [&loop] { loop.exit(kNotUp); });
+        end.start(*bound);
     }
     QTimer look;
     connect(&look, &QTimer::timeout, &loop,

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <memory>
+#include "log-reading/RedisHandles.h"
+
 #include <string>
 #include <vector>
-
-struct redisContext;
 
 namespace orvo
 {
@@ -39,13 +38,8 @@ public:
     [[nodiscard]] std::string complaint() const;
 
 private:
-    struct ContextDeleter
-    {
-        void operator()(redisContext* context) const;
-    };
-
     std::string m_socketPath;
-    std::unique_ptr<redisContext, ContextDeleter> m_context;
+    RedisContextPtr m_context;
 };
 
 } // namespace orvo

@@ -1,12 +1,10 @@
 #pragma once
 
-#include <memory>
+#include "log-reading/RedisHandles.h"
+
 #include <optional>
 #include <string>
 #include <vector>
-
-struct redisContext;
-struct redisReply;
 
 namespace orvo
 {
@@ -36,12 +34,7 @@ public:
     std::optional<std::string> command(const std::vector<std::string>& words);
 
 private:
-    struct ContextDeleter
-    {
-        void operator()(redisContext* context) const;
-    };
-
-    std::unique_ptr<redisContext, ContextDeleter> m_context;
+    RedisContextPtr m_context;
     std::string m_refusal;
 };
 

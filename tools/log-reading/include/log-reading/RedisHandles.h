@@ -7,6 +7,12 @@
 namespace orvo
 {
 
+struct RedisContextDeleter
+{
+    void operator()(redisContext* context) const { redisFree(context); }
+};
+using RedisContextPtr = std::unique_ptr<redisContext, RedisContextDeleter>;
+
 struct RedisReplyDeleter
 {
     void operator()(redisReply* reply) const { freeReplyObject(reply); }
