@@ -1,6 +1,7 @@
 #include "model/DeviceModel.h"
 
 #include "RecordStory.h"
+#include "dbus-proxy/BusNames.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,16 +13,10 @@ using test::RecordStory;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-namespace
-{
-constexpr char kPictor[] = "com.orvo.pictor";
-constexpr char kVistor[] = "com.orvo.vistor";
-} // namespace
-
 class DeviceModelTest : public testing::Test
 {
 protected:
-    ServiceFacts pictor() const { return m_story.facts().services.at(kPictor); }
+    ServiceFacts pictor() const { return m_story.facts().services.at(kPictorBusName); }
 
     RecordStory m_story;
 };
@@ -45,7 +40,7 @@ TEST_F(DeviceModelTest, KnowsAStableDevice)
     EXPECT_TRUE(facts.isTraceSeen);
     EXPECT_EQ("SuprStableSystem", facts.systemState);
     EXPECT_EQ(10.0, facts.systemSince);
-    for (const char* name : {kPictor, kVistor})
+    for (const char* name : {kPictorBusName, kVistorBusName})
     {
         const ServiceFacts& service = facts.services.at(name);
         EXPECT_EQ("SuprUp", service.state);
@@ -100,7 +95,7 @@ TEST_F(DeviceModelTest, KnowsAReportedRunLevelThoughItsRecordHasNoName)
     m_story.traces(31, "SuprUp::exit (com.orvo.pictor)");
     m_story.traces(31, "SuprStarting::entry (com.orvo.pictor)");
     EXPECT_EQ("starting", pictor().runLevel);
-    EXPECT_EQ("up", m_story.facts().services.at(kVistor).runLevel);
+    EXPECT_EQ("up", m_story.facts().services.at(kVistorBusName).runLevel);
 }
 
 TEST_F(DeviceModelTest, CountsTheScriptsOfADeadService)

@@ -1,6 +1,7 @@
 #include "model/Outlook.h"
 
 #include "RecordStory.h"
+#include "dbus-proxy/BusNames.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -16,7 +17,6 @@ namespace
 constexpr BusView kAnswers{true, true};
 constexpr BusView kAnswersUnlisted{true, false};
 constexpr BusView kSilent{false, false};
-constexpr char kPictor[] = "com.orvo.pictor";
 } // namespace
 
 class OutlookTest : public testing::Test
@@ -43,7 +43,7 @@ protected:
     std::string strikes(double now) const
     {
         const DeviceFacts facts = m_story.facts();
-        const auto found = strikesOf(facts, facts.services.at(kPictor), kPictor, now);
+        const auto found = strikesOf(facts, facts.services.at(kPictorBusName), kPictorBusName, now);
         return found ? std::to_string(found->count) + "/" + std::to_string(found->threshold)
                      : "unknown";
     }
@@ -146,19 +146,19 @@ TEST_F(OutlookTest, WithoutTraceAServiceJustFoundDeadIsNotTrustedThoughItIsListe
 {
     m_story.starts(8).says(25, "WARN", "Service com.orvo.pictor considered dead, restarting");
     EXPECT_EQ("unstable", verdict(kAnswers, 42.9));
-    EXPECT_FALSE(isAvailable(m_story.facts(), kPictor, true, 42.9));
+    EXPECT_FALSE(isAvailable(m_story.facts(), kPictorBusName, true, 42.9));
     EXPECT_EQ("stable", verdict(kAnswers, 43));
-    EXPECT_TRUE(isAvailable(m_story.facts(), kPictor, true, 43));
-    EXPECT_FALSE(isAvailable(m_story.facts(), kPictor, false, 43));
+    EXPECT_TRUE(isAvailable(m_story.facts(), kPictorBusName, true, 43));
+    EXPECT_FALSE(isAvailable(m_story.facts(), kPictorBusName, false, 43));
 }
 
 TEST_F(OutlookTest, AvailabilityIsWhatTheRecordsTellAndElseWhatIsListed)
 {
     m_story.becomesStable().losesPictor();
-    EXPECT_FALSE(isAvailable(m_story.facts(), kPictor, true, 24));
+    EXPECT_FALSE(isAvailable(m_story.facts(), kPictorBusName, true, 24));
     EXPECT_TRUE(isAvailable(m_story.facts(), "com.orvo.vistor", false, 24));
-    EXPECT_TRUE(isAvailable(DeviceFacts(), kPictor, true, 24));
-    EXPECT_FALSE(isAvailable(DeviceFacts(), kPictor, false, 24));
+    EXPECT_TRUE(isAvailable(DeviceFacts(), kPictorBusName, true, 24));
+    EXPECT_FALSE(isAvailable(DeviceFacts(), kPictorBusName, false, 24));
 }
 
 TEST_F(OutlookTest, StrikesOfAServiceThatIsUpAreItsMissesInARow)

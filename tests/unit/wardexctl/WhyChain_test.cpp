@@ -1,6 +1,7 @@
 #include "model/WhyChain.h"
 
 #include "RecordStory.h"
+#include "dbus-proxy/BusNames.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,7 +15,6 @@ using testing::IsEmpty;
 
 namespace
 {
-constexpr char kPictor[] = "com.orvo.pictor";
 constexpr char kDead[] = "Service com.orvo.pictor considered dead, restarting";
 
 std::vector<std::string> stepsOf(const WhyChain& chain)
@@ -69,7 +69,7 @@ TEST_F(WhyChainTest, LeavesOutTheOtherService)
 {
     m_story.becomesStable().losesPictor();
     m_story.traces(24, "Ping com.orvo.vistor failed").says(25, "WARN", kDead);
-    for (const std::string& step : stepsOf(why(kPictor)))
+    for (const std::string& step : stepsOf(why(kPictorBusName)))
     {
         EXPECT_EQ(std::string::npos, step.find("corvane")) << step;
     }
@@ -79,7 +79,7 @@ TEST_F(WhyChainTest, IsOfTheServiceThatWasAskedFor)
 {
     m_story.becomesStable().says(20, "WARN", kDead).restartsPackage(30);
     EXPECT_EQ("the whole software package was restarted", why().title);
-    EXPECT_EQ("pictor was restarted", why(kPictor).title);
+    EXPECT_EQ("pictor was restarted", why(kPictorBusName).title);
     EXPECT_EQ("", why("com.orvo.vistor").title);
 }
 

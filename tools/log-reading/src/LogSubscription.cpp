@@ -1,11 +1,11 @@
 #include "log-reading/LogSubscription.h"
 
+#include "RedisTimeout.h"
 #include "logger/LogDefaults.h"
 
 #include <utility>
 
 #include <poll.h>
-#include <sys/time.h>
 
 namespace orvo
 {
@@ -13,7 +13,6 @@ namespace orvo
 namespace
 {
 
-constexpr int kMsPerSecond = 1000;
 /// A published message arrives as the array {"message", channel, bytes}.
 constexpr std::size_t kMessageParts = 3;
 constexpr std::size_t kBytesPart = 2;
@@ -32,7 +31,7 @@ LogSubscription::~LogSubscription() = default;
 
 bool LogSubscription::subscribe()
 {
-    const timeval timeout{kTimeoutMs / kMsPerSecond, 0};
+    const timeval timeout = redisTimeout(kTimeoutMs);
     m_context.reset(redisConnectUnixWithTimeout(m_socketPath.c_str(), timeout));
     if (isLost())
     {

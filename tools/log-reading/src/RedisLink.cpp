@@ -1,31 +1,16 @@
 #include "log-reading/RedisLink.h"
 
-#include <sys/time.h>
+#include "RedisTimeout.h"
 
 namespace orvo
 {
 
-namespace
-{
-
-timeval timeoutOf(int milliseconds)
-{
-    constexpr int kMsPerSecond = 1000;
-    constexpr int kUsPerMs = 1000;
-    timeval timeout{};
-    timeout.tv_sec = milliseconds / kMsPerSecond;
-    timeout.tv_usec = static_cast<suseconds_t>(milliseconds % kMsPerSecond) * kUsPerMs;
-    return timeout;
-}
-
-} // namespace
-
 RedisLink::RedisLink(const std::string& socketPath, int timeoutMs)
-    : m_context(redisConnectUnixWithTimeout(socketPath.c_str(), timeoutOf(timeoutMs)))
+    : m_context(redisConnectUnixWithTimeout(socketPath.c_str(), redisTimeout(timeoutMs)))
 {
     if (m_context != nullptr && m_context->err == 0)
     {
-        redisSetTimeout(m_context.get(), timeoutOf(timeoutMs));
+        redisSetTimeout(m_context.get(), redisTimeout(timeoutMs));
     }
 }
 

@@ -1,6 +1,7 @@
 #include "bus/SupervisorClient.h"
 
 #include "dbus-proxy/BusNames.h"
+#include "model/Periods.h"
 #include "output/Progress.h"
 
 #include <QDBusConnection>
@@ -18,7 +19,6 @@ namespace orvo::ctl
 namespace
 {
 
-constexpr int kMsPerSecond = 1000;
 /// How often a wait looks whether the bus is still there: the bus library does not tell.
 constexpr int kLookMs = 100;
 

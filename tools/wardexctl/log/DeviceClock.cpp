@@ -1,5 +1,7 @@
 #include "log/DeviceClock.h"
 
+#include "model/Periods.h"
+
 #include <QDateTime>
 
 #include <cmath>
@@ -11,7 +13,6 @@ namespace orvo::ctl
 namespace
 {
 constexpr double kNanoseconds = 1e9;
-constexpr double kMsPerSecond = 1000.0;
 } // namespace
 
 DeviceClock DeviceClock::now()

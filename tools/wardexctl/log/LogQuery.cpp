@@ -1,6 +1,7 @@
 #include "log/LogQuery.h"
 
 #include "model/Duration.h"
+#include "model/Periods.h"
 
 #include <QDateTime>
 #include <QString>
@@ -13,14 +14,12 @@ namespace orvo::ctl
 namespace
 {
 
-constexpr double kMsPerSec = 1000.0;
-
 /// Seconds before now; nothing for what is neither a duration nor a time of day.
 std::optional<double> secondsAgo(const std::string& text, std::int64_t wallNowMs)
 {
     if (const auto duration = durationOf(text))
     {
-        return static_cast<double>(duration->count()) / kMsPerSec;
+        return static_cast<double>(duration->count()) / kMsPerSecond;
     }
     const QString word = QString::fromStdString(text);
     QTime time = QTime::fromString(word, QStringLiteral("H:m:s"));
@@ -38,7 +37,7 @@ std::optional<double> secondsAgo(const std::string& text, std::int64_t wallNowMs
     {
         then = then.addDays(-1);
     }
-    return static_cast<double>(then.msecsTo(now)) / kMsPerSec;
+    return static_cast<double>(then.msecsTo(now)) / kMsPerSecond;
 }
 
 std::string upper(std::string text)

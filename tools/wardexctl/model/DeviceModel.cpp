@@ -1,7 +1,7 @@
 #include "model/DeviceModel.h"
 
-#include "SupervisionLimits.h"
 #include "logger/RedisLogger.h"
+#include "model/Periods.h"
 #include "model/ServiceNames.h"
 
 namespace orvo::ctl
@@ -12,18 +12,9 @@ namespace
 
 using Kind = SupervisorEvent::Kind;
 
-constexpr double kMsPerSecond = 1000.0;
-constexpr double kTickSeconds = kSystemTickMs / kMsPerSecond;
 /// Failed pings further apart than this many periods had an answered one between them. A ping of
 /// another service may hold one up.
 constexpr double kRowPeriods = 1.9;
-constexpr int kDefaultPingMs = 1000;
-
-double pingSeconds(const std::string& name)
-{
-    const NamedService* service = findService(name);
-    return (service != nullptr ? service->pingMs : kDefaultPingMs) / kMsPerSecond;
-}
 
 } // namespace
 

@@ -1,5 +1,7 @@
 #include "model/Duration.h"
 
+#include "model/Periods.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -17,7 +19,6 @@ namespace
 constexpr std::int64_t kMinute = 60;
 constexpr std::int64_t kHour = 60 * kMinute;
 constexpr std::int64_t kDay = 24 * kHour;
-constexpr std::int64_t kMsPerSecond = 1000;
 
 std::optional<std::int64_t> unitMs(const std::string& unit)
 {

@@ -2,6 +2,7 @@
 
 #include "SupervisionLimits.h"
 #include "model/Duration.h"
+#include "model/Periods.h"
 #include "model/ServiceNames.h"
 
 #include <algorithm>
@@ -13,20 +14,12 @@ namespace orvo::ctl
 namespace
 {
 
-constexpr double kMsPerSecond = 1000.0;
-constexpr double kTickSeconds = kSystemTickMs / kMsPerSecond;
 constexpr double kStartSeconds = (kStartingTickLimit + 1) * kTickSeconds;
 constexpr int kWindowSeconds = static_cast<int>(kRestartWindowMinutes * kSecondsPerMinute);
 
 int ticksSince(double since, double now, double period)
 {
     return static_cast<int>(std::floor(std::max(now - since, 0.0) / period));
-}
-
-double pingSeconds(const std::string& name)
-{
-    const NamedService* service = findService(name);
-    return service != nullptr ? service->pingMs / kMsPerSecond : 0;
 }
 
 /// Restarts that still count at a time.

@@ -3,6 +3,7 @@
 #include "dbus-proxy/BusNames.h"
 #include "dbus-proxy/PingLimits.h"
 #include "identification/ServicePaths.h"
+#include "model/Periods.h"
 
 namespace orvo::ctl
 {
@@ -27,6 +28,12 @@ const NamedService* findService(const std::string& busName)
         }
     }
     return nullptr;
+}
+
+double pingSeconds(const std::string& busName)
+{
+    const NamedService* service = findService(busName);
+    return service != nullptr ? static_cast<double>(service->pingMs) / kMsPerSecond : 0;
 }
 
 std::optional<std::string> busNameOf(const std::string& word)

@@ -24,6 +24,9 @@ const std::array<NamedService, 4>& namedServices();
 /// By bus name; null for a name that no device knows.
 const NamedService* findService(const std::string& busName);
 
+/// Seconds between the pings of a service; 0 for a name that no device knows.
+double pingSeconds(const std::string& busName);
+
 /// The bus name that a person means: itself, its last word ("vistor"), or the name of the process
 /// ("corvane"). Any other name with a point stands for itself; nothing for the rest.
 std::optional<std::string> busNameOf(const std::string& word);

@@ -2,6 +2,7 @@
 
 #include "SupervisionLimits.h"
 #include "model/Duration.h"
+#include "model/Periods.h"
 #include "model/ServiceNames.h"
 #include "model/SupervisorEvent.h"
 
@@ -156,7 +157,7 @@ bool concerns(const SupervisorEvent& event, const SupervisorEvent& end)
 
 std::string seconds(unsigned ticks)
 {
-    return std::to_string(ticks) + " ticks of " + durationText(kSystemTickMs / 1000.0);
+    return std::to_string(ticks) + " ticks of " + durationText(kTickSeconds);
 }
 
 WhyStep serviceEntryStep(const SupervisorEvent& event)

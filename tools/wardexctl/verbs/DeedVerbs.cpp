@@ -1,6 +1,7 @@
 #include "SupervisionLimits.h"
 #include "bus/ServiceOverview.h"
 #include "model/Duration.h"
+#include "model/Periods.h"
 #include "model/ServiceNames.h"
 #include "output/ExitStatus.h"
 #include "output/Json.h"
@@ -11,8 +12,6 @@ namespace orvo::ctl
 
 namespace
 {
-
-constexpr double kMsPerSecondOf = 1000.0;
 
 struct DeedWords
 {
@@ -158,8 +157,8 @@ int handOver(const Output& output, Deed deed, const ServiceView& before)
 
 std::string missesText(const std::string& name, double seconds)
 {
-    const std::string usual = durationText(
-        (findService(name) != nullptr ? findService(name)->pingMs : 0) / kMsPerSecondOf);
+    const std::string usual =
+        durationText((findService(name) != nullptr ? findService(name)->pingMs : 0) / kMsPerSecond);
     return "Its next ping comes in " + durationText(seconds) + ", and further ones every " +
            durationText(seconds) + ", until its machine changes state; then every " + usual +
            " again.\nWhile it is up, " + std::to_string(kUpBadPingThreshold + 1) +
@@ -224,7 +223,7 @@ int graceService(const Output& output, const std::string& name, const std::strin
     }
     output.json(json);
     output.line(shortNameOf(busName) + " was given time.");
-    output.line(missesText(busName, static_cast<double>(time->count()) / kMsPerSecondOf));
+    output.line(missesText(busName, static_cast<double>(time->count()) / kMsPerSecond));
     return kOk;
 }
 

@@ -5,6 +5,7 @@
 #include "log/StoredLog.h"
 #include "logger/LogDefaults.h"
 #include "model/Duration.h"
+#include "model/Periods.h"
 #include "output/ExitStatus.h"
 #include "output/Json.h"
 
@@ -22,7 +23,6 @@ namespace
 {
 
 constexpr std::uint32_t kWarnBit = 0x10;
-constexpr int kMsPerSecondHere = 1000;
 
 QJsonObject jsonOf(const SourceMask& mask)
 {
@@ -61,8 +61,8 @@ void waitFor(const std::string& duration)
     sigaddset(&ends, SIGTERM);
     sigaddset(&ends, SIGINT);
     pthread_sigmask(SIG_BLOCK, &ends, nullptr);
-    const timespec bound{static_cast<time_t>(time->count() / kMsPerSecondHere),
-                         static_cast<long>(time->count() % kMsPerSecondHere) * 1000000L};
+    const timespec bound{static_cast<time_t>(time->count() / kMsPerSecond),
+                         static_cast<long>(time->count() % kMsPerSecond) * 1000000L};
     (void)sigtimedwait(&ends, nullptr, &bound);
 }
 
