@@ -125,7 +125,8 @@ TEST_F(DeviceModelTest, AddsUpTheTicksOfUnstablePeriods)
 
 TEST_F(DeviceModelTest, CountsAPackageRestartOnceAndTheTicksAnew)
 {
-    m_story.becomesStable().traces(20, "SuprUnstableSystem::entry");
+    m_story.becomesStable().traces(12, "SuprUnstableSystem::entry");
+    m_story.traces(16, "SuprStableSystem::entry").traces(20, "SuprUnstableSystem::entry");
     m_story.restartsPackage(31).traces(33, "SuprUnstableSystem::exit");
     m_story.traces(33, "SuprStartingSystem::entry");
     EXPECT_THAT(m_story.facts().packageRestarts, ElementsAre(31.0));
