@@ -100,7 +100,7 @@ def test_shell_runs_on_the_device_and_answers_its_status(camera, home):
     status, output = command(home, "sh", "hostname; ls /opt/orvo/bin; exit 3")
     assert (status, output.split()) == (
         3,
-        ["camera", "corvane", "pictor", "quorl", "wardex", "wirl"],
+        ["camera", "corvane", "pictor", "quorl", "wardex", "wardexctl", "wirl"],
     )
     assert command(home, "sh", text="ps -e | grep -c pictor\n") == (0, "1\n")
 
