@@ -256,6 +256,17 @@ TEST_F(BusVerbs, GraceTellsHowLongItHolds)
     EXPECT_THAT(m_supervisor.m_calls, ElementsAre("grace com.orvo.pictor 30000"));
 }
 
+TEST_F(BusVerbs, GraceTellsTheUsualIntervalOfTheService)
+{
+    supervise();
+    const auto grace = [](const Output& output)
+    {
+        return graceService(output, "corvane", "1500ms");
+    };
+    EXPECT_TRUE(told(grace).value(1).endsWith("every 1.5 s, until its machine changes state; then "
+                                              "every 2.2 s again."));
+}
+
 TEST_F(BusVerbs, GraceRefusesWhatIsNoDurationBeforeItAsks)
 {
     supervise();

@@ -157,8 +157,7 @@ int handOver(const Output& output, Deed deed, const ServiceView& before)
 
 std::string missesText(const std::string& name, double seconds)
 {
-    const std::string usual =
-        durationText((findService(name) != nullptr ? findService(name)->pingMs : 0) / kMsPerSecond);
+    const std::string usual = durationText(pingSeconds(name));
     return "Its next ping comes in " + durationText(seconds) + ", and further ones every " +
            durationText(seconds) + ", until its machine changes state; then every " + usual +
            " again.\nWhile it is up, " + std::to_string(kUpBadPingThreshold + 1) +
