@@ -184,10 +184,9 @@ def test_why_tells_the_chain_behind_a_restart(hung):
 # A device that is not to be saved.
 
 
-def test_why_tells_the_restarts_behind_a_reboot(put_on_desk):
-    camera = put_on_desk(developer=True)
-    camera.order("pictor", "down")
-    camera.power_on()
+def test_why_tells_the_restarts_behind_a_reboot(boot):
+    camera = boot(developer=True)
+    camera.await_stable()
     with camera.connect_redis() as cache:
         for time in (1, 60, 120):
             cache.command("RPUSH", "LOG:ENTRIES", restart_record(time))
