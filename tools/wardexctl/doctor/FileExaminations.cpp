@@ -1,6 +1,6 @@
 #include "DevicePaths.h"
-#include "doctor/DoctorPaths.h"
 #include "doctor/Examinations.h"
+#include "doctor/WatchdogFacts.h"
 #include "model/DeviceModel.h"
 #include "model/Duration.h"
 #include "model/ScriptRuns.h"
@@ -52,18 +52,9 @@ void examineScript(const std::string& path, const std::string& whose, Findings& 
     }
 }
 
-std::optional<double> watchdogTimeout()
-{
-    QFile file(QLatin1String{kWatchdogTimeoutFile});
-    bool isNumber = false;
-    const double seconds =
-        file.open(QIODevice::ReadOnly) ? file.readAll().trimmed().toDouble(&isNumber) : 0;
-    return isNumber ? std::optional(seconds) : std::nullopt;
-}
-
 void compareWithScripts(const std::vector<ReadRecord>& records, Findings& findings)
 {
-    const auto timeout = watchdogTimeout();
+    const auto timeout = WatchdogFacts::read().timeout;
     const auto run = longestScriptRun(records);
     std::string text = timeout ? "its time-out is " + durationText(*timeout)
                                : "its time-out is not told by the kernel";

@@ -5,6 +5,7 @@
 #include "model/ServiceNames.h"
 #include "output/ExitStatus.h"
 #include "output/Json.h"
+#include "verbs/DeedText.h"
 #include "verbs/ServiceVerbs.h"
 
 namespace orvo::ctl
@@ -12,26 +13,6 @@ namespace orvo::ctl
 
 namespace
 {
-
-struct DeedWords
-{
-    const char* verb;
-    const char* done;
-};
-
-DeedWords wordsOf(Deed deed)
-{
-    switch (deed)
-    {
-    case Deed::Start:
-        return {"start", "started"};
-    case Deed::Stop:
-        return {"stop", "stopped"};
-    case Deed::Restart:
-        break;
-    }
-    return {"restart", "restarted"};
-}
 
 /// One call of the supervisor.
 struct DeedStep
@@ -48,16 +29,6 @@ QJsonObject jsonOf(const DeedStep& step)
             {"seconds", step.answer.seconds}};
 }
 
-std::string statusText(const ErrorStatus& status)
-{
-    std::string text = "status " + std::to_string(status.code);
-    if (!status.message.isEmpty())
-    {
-        text += " (" + status.message.toStdString() + ")";
-    }
-    return text;
-}
-
 DeedStep take(const char* method, const std::string& busName)
 {
     return {method, SupervisorClient::call(QLatin1String(method), {QString::fromStdString(busName)},
@@ -67,28 +38,16 @@ DeedStep take(const char* method, const std::string& busName)
 
 int tell(const Output& output, Deed deed, const ServiceView& before, const DeedStep& step)
 {
-    const std::string name = shortNameOf(before.name);
-    const bool isStart = step.method == "doStartService";
-    const std::string spent = ", " + durationText(step.answer.seconds) + ", ";
-    if (step.answer.status.code == 0)
+    const bool isStart = step.method == kStartMethod;
+    const DeedOutcome outcome =
+        outcomeOf(deed, before, isStart ? Deed::Start : Deed::Stop, step.answer);
+    if (outcome.isDone)
     {
-        const bool isIdle = deed == Deed::Start && before.process == "up";
-        output.line(
-            output.tone(Tone::Good, isIdle ? name + " runs already, nothing was done"
-                                           : name + " was " +
-                                                 wordsOf(isStart ? Deed::Start : Deed::Stop).done) +
-            spent + statusText(step.answer.status));
+        output.line(output.tone(Tone::Good, shortNameOf(before.name) + " " + outcome.what) +
+                    outcome.how);
         return kOk;
     }
-    const NamedService* const known = findService(before.name);
-    const std::string script = known != nullptr ? known->script : "its script";
-    const bool isIdle = !isStart && before.process != "up";
-    output.problem({name,
-                    std::string("was not ") + wordsOf(isStart ? Deed::Start : Deed::Stop).done +
-                        spent + statusText(step.answer.status),
-                    isIdle ? "It does not run, so there was nothing to stop."
-                           : "Its script failed: run " + script + (isStart ? " restart" : " stop") +
-                                 " by hand to see why."});
+    output.problem({shortNameOf(before.name), outcome.what + outcome.how, outcome.remedy});
     return isStart ? kNotUp : kFailed;
 }
 
@@ -96,14 +55,8 @@ int carryOut(const Output& output, Deed deed, const ServiceView& before)
 {
     QJsonArray steps;
     int status = kOk;
-    const bool stops = deed == Deed::Stop || (deed == Deed::Restart && before.process == "up");
-    for (const char* method : {"doStopService", "doStartService"})
+    for (const char* method : methodsOf(deed, before))
     {
-        const bool isStop = std::string(method) == "doStopService";
-        if ((isStop && !stops) || (!isStop && deed == Deed::Stop))
-        {
-            continue;
-        }
         const DeedStep step = take(method, before.name);
         if (!step.answer.isAnswered())
         {
@@ -116,7 +69,7 @@ int carryOut(const Output& output, Deed deed, const ServiceView& before)
             break;
         }
     }
-    QJsonObject json = ctl::jsonOf(wordsOf(deed).verb);
+    QJsonObject json = ctl::jsonOf(verbOf(deed));
     json["service"] = jsonText(before.name);
     json["done"] = status == kOk;
     json["waited"] = true;
@@ -128,25 +81,16 @@ int carryOut(const Output& output, Deed deed, const ServiceView& before)
 int handOver(const Output& output, Deed deed, const ServiceView& before)
 {
     const QVariantList name{QString::fromStdString(before.name)};
-    QStringList methods;
-    if (deed == Deed::Stop || (deed == Deed::Restart && before.process == "up"))
+    for (const char* method : methodsOf(deed, before))
     {
-        methods << QStringLiteral("doStopService");
-    }
-    if (deed != Deed::Stop)
-    {
-        methods << QStringLiteral("doStartService");
-    }
-    for (const QString& method : methods)
-    {
-        const BusAnswer answer = SupervisorClient::send(method, name);
+        const BusAnswer answer = SupervisorClient::send(QLatin1String(method), name);
         if (!answer.isAnswered())
         {
             return complainSilent(output, answer);
         }
     }
-    output.line("asked to " + std::string(wordsOf(deed).verb) + " " + shortNameOf(before.name));
-    QJsonObject json = ctl::jsonOf(wordsOf(deed).verb);
+    output.line("asked to " + std::string(verbOf(deed)) + " " + shortNameOf(before.name));
+    QJsonObject json = ctl::jsonOf(verbOf(deed));
     json["service"] = jsonText(before.name);
     json["done"] = QJsonValue();
     json["waited"] = false;

@@ -1,9 +1,9 @@
 #include "verbs/StatusView.h"
 
 #include "log/RecordText.h"
-#include "model/Duration.h"
 #include "model/ServiceNames.h"
 #include "output/Json.h"
+#include "verbs/StatusParts.h"
 
 #include <algorithm>
 
@@ -14,140 +14,6 @@ namespace
 {
 
 constexpr std::size_t kScreenWidth = 79;
-constexpr std::size_t kMostNext = 2;
-
-Tone toneOfVerdict(Verdict verdict)
-{
-    switch (verdict)
-    {
-    case Verdict::Stable:
-        return Tone::Good;
-    case Verdict::Starting:
-        return Tone::Warning;
-    default:
-        return Tone::Bad;
-    }
-}
-
-const ServiceFacts& factsOf(const DeviceFacts& facts, const std::string& name)
-{
-    static const ServiceFacts kNone;
-    const auto found = facts.services.find(name);
-    return found != facts.services.end() ? found->second : kNone;
-}
-
-std::string headline(const Output& output, const StatusView& view)
-{
-    const std::string verdict = verdictText(view.verdict());
-    const std::string family = view.facts.family.empty() ? "not in the log" : view.facts.family;
-    std::string supervisor = view.overview.answer.isAnswered() ? "answers" : "does not answer";
-    if (view.facts.started)
-    {
-        supervisor += ", started " + durationText(view.clock.age(*view.facts.started)) + " ago";
-    }
-    constexpr std::size_t kVerdictWidth = 19;
-    return output.tone(toneOfVerdict(view.verdict()), padded(verdict, kVerdictWidth)) + "family " +
-           family + ", supervisor " + supervisor;
-}
-
-std::string availableText(const StatusView& view, const ServiceView& service,
-                          const ServiceFacts& facts)
-{
-    if (!service.isJudged)
-    {
-        return "not judged";
-    }
-    if (!facts.isAvailable)
-    {
-        return !view.overview.answer.isAnswered() ? "?" : view.isUp(service) ? "up" : "down";
-    }
-    return (*facts.isAvailable ? "up for " : "down for ") +
-           durationText(view.clock.age(facts.availableSince));
-}
-
-std::string strikesText(const StatusView& view, const ServiceView& service,
-                        const ServiceFacts& facts)
-{
-    const auto strikes = strikesOf(view.facts, facts, service.name, view.clock.monotonic);
-    if (!strikes || !view.overview.answer.isAnswered())
-    {
-        return "-";
-    }
-    return std::to_string(strikes->count) + " of " + std::to_string(strikes->threshold);
-}
-
-std::string scriptText(const StatusView& view, const ServiceFacts& facts)
-{
-    if (!facts.lastScript)
-    {
-        return "-";
-    }
-    return durationText(view.clock.age(*facts.lastScript)) + " ago" +
-           (facts.scripts > 1 ? " (" + std::to_string(facts.scripts) + ")" : "");
-}
-
-std::string serviceLine(const std::string& name, const std::string& level,
-                        const std::string& process, const std::string& available,
-                        const std::string& strikes, const std::string& script)
-{
-    return padded(name, 9) + padded(level, 11) + padded(process, 14) + padded(available, 22) +
-           padded(strikes, 9) + script;
-}
-
-std::string serviceLine(const Output& output, const StatusView& view, const ServiceView& service)
-{
-    const ServiceFacts& facts = factsOf(view.facts, service.name);
-    const std::string level = facts.runLevel.empty()     ? "-"
-                              : facts.runLevel == "none" ? "no answer"
-                                                         : facts.runLevel;
-    const std::string process = service.process.empty()   ? "?"
-                                : service.process == "up" ? "runs"
-                                                          : "does not run";
-    return output.tone(view.isUp(service) ? Tone::Plain : Tone::Bad,
-                       serviceLine(shortNameOf(service.name), level, process,
-                                   availableText(view, service, facts),
-                                   strikesText(view, service, facts), scriptText(view, facts)));
-}
-
-void addNext(std::vector<std::string>& lines, const StatusView& view)
-{
-    const auto events = nextEvents(view.facts, view.bus(), view.clock.monotonic);
-    if (events.empty())
-    {
-        lines.emplace_back(view.verdict() == Verdict::Stable
-                               ? "Next      nothing, while both judged services answer"
-                               : "Next      the records do not tell");
-    }
-    for (std::size_t index = 0; index < std::min(events.size(), kMostNext); ++index)
-    {
-        const NextEvent& event = events[index];
-        lines.push_back(
-            (index == 0 ? "Next      " : "          ") +
-            (event.seconds < 0 ? "" : "in about " + durationText(event.seconds) + ": ") +
-            event.text);
-    }
-}
-
-void addRemarks(std::vector<std::string>& lines, const Output& output, const StatusView& view)
-{
-    if (!view.hasLog)
-    {
-        lines.push_back(output.tone(Tone::Bad, "The log does not answer: states are not known."));
-    }
-    else if (!view.facts.isTraceSeen)
-    {
-        lines.push_back(
-            output.tone(Tone::Warning,
-                        "States and strikes are logged at TRACE, which is masked; to see them:"));
-        lines.push_back(output.tone(Tone::Warning, "  wardexctl loglevel wardex +TRACE"));
-    }
-    if (view.facts.unfed)
-    {
-        lines.push_back(output.tone(Tone::Bad, "The watchdog was not fed " +
-                                                   durationText(view.clock.age(*view.facts.unfed)) +
-                                                   " ago: wardexctl doctor"));
-    }
-}
 
 QJsonValue secondsOrNull(const std::optional<double>& seconds)
 {
@@ -161,7 +27,7 @@ QJsonValue wordOrNull(const std::string& word)
 
 QJsonObject serviceJson(const StatusView& view, const ServiceView& service)
 {
-    const ServiceFacts& facts = factsOf(view.facts, service.name);
+    const ServiceFacts& facts = view.factsOf(service.name);
     const auto strikes = strikesOf(view.facts, facts, service.name, view.clock.monotonic);
     const auto age = [&](bool isKnown, double time)
     {
@@ -188,6 +54,13 @@ QJsonObject serviceJson(const StatusView& view, const ServiceView& service)
 }
 
 } // namespace
+
+const ServiceFacts& StatusView::factsOf(const std::string& name) const
+{
+    static const ServiceFacts kNone;
+    const auto found = facts.services.find(name);
+    return found != facts.services.end() ? found->second : kNone;
+}
 
 bool StatusView::isUp(const ServiceView& service) const
 {
@@ -228,26 +101,30 @@ std::vector<ServiceView> StatusView::services() const
 
 std::vector<std::string> statusLines(const Output& output, const StatusView& view)
 {
-    std::vector<std::string> lines{headline(output, view)};
-    if (view.isDeveloper)
+    std::vector<StyledLine> styled{statusHeadline(view)};
+    const auto add = [&](const std::vector<StyledLine>& more)
     {
-        lines.push_back(output.tone(Tone::Bad, "DEVELOPER MODE: nothing is restarted or rebooted"));
-    }
-    lines.emplace_back("");
-    lines.push_back(output.tone(Tone::Strong, serviceLine("SERVICE", "RUN LEVEL", "PROCESS",
-                                                          "AVAILABLE", "STRIKES", "LAST SCRIPT")));
+        styled.insert(styled.end(), more.begin(), more.end());
+    };
+    add(developerLines(view));
+    add({{}, serviceTitles()});
     for (const ServiceView& service : view.services())
     {
-        lines.push_back(serviceLine(output, view, service));
+        styled.push_back(serviceLine(view, service));
     }
-    lines.emplace_back("");
-    lines.push_back("Restarts  " + budgetText(restartBudget(view.facts, view.clock.monotonic)));
-    addNext(lines, view);
-    addRemarks(lines, output, view);
+    add({{}});
+    add(outlookLines(view));
+    add(remarkLines(view));
     for (const ReadRecord& record : view.records)
     {
-        lines.push_back(output.tone(toneOfLevel(record.level),
-                                    fitted(shortRecordText(record, view.clock), kScreenWidth)));
+        styled.push_back({{toneOfLevel(record.level),
+                           fitted(shortRecordText(record, view.clock), kScreenWidth)}});
+    }
+    std::vector<std::string> lines;
+    lines.reserve(styled.size());
+    for (const StyledLine& line : styled)
+    {
+        lines.push_back(textOf(output, line));
     }
     return lines;
 }

@@ -30,6 +30,8 @@ struct StatusView
     [[nodiscard]] Verdict verdict() const;
     /// Its process runs, as far as anybody can say, and a judged one is available.
     [[nodiscard]] bool isUp(const ServiceView& service) const;
+    /// What the records tell about a service; nothing is set when they do not name it.
+    [[nodiscard]] const ServiceFacts& factsOf(const std::string& name) const;
     /// The services asked for: those on the bus, else those that the records name.
     [[nodiscard]] std::vector<ServiceView> services() const;
 };
