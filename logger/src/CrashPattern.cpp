@@ -30,23 +30,45 @@ bool isPlainLookahead(std::string_view rest)
     return false;
 }
 
-/// Whether one of several "(?=" and "(?!" could hold another. An escaped parenthesis before a
-/// question mark counts too: a bound may be too strict for a strange pattern, never too lax.
-bool mayNestLookaheads(std::string_view pattern)
+/// The "(?=" and "(?!" of a pattern. An escaped parenthesis before a question mark counts too: a
+/// bound may be too strict for a strange pattern, never too lax.
+struct Lookaheads
 {
-    std::size_t count = 0;
-    std::size_t plain = 0;
+    std::size_t count{0};
+    std::size_t plain{0};
+};
+
+Lookaheads lookaheadsOf(std::string_view pattern)
+{
+    Lookaheads found;
     for (std::size_t at = pattern.find("(?"); at != std::string_view::npos;
          at = pattern.find("(?", at + 2))
     {
         const char kind = at + 2 < pattern.size() ? pattern[at + 2] : '\0';
         if (kind == '=' || kind == '!')
         {
-            ++count;
-            plain += isPlainLookahead(pattern.substr(at + 3)) ? 1 : 0;
+            ++found.count;
+            found.plain += isPlainLookahead(pattern.substr(at + 3)) ? 1 : 0;
         }
     }
-    return count > 1 && plain < count;
+    return found;
+}
+
+/// Why look-aheads could take too long; nullptr when they cannot. Each one is tried again at every
+/// byte of the message, through all its states.
+const char* objectionToLookaheads(std::string_view pattern)
+{
+    const Lookaheads lookaheads = lookaheadsOf(pattern);
+    if (lookaheads.count > 1 && lookaheads.plain < lookaheads.count)
+    {
+        return "several look-aheads, one with a group or a set in it";
+    }
+    if (lookaheads.count > 0 &&
+        (pattern.size() > kLookaheadPatternCapacity || pattern.find('{') != std::string_view::npos))
+    {
+        return "a look-ahead in a pattern that is long or has a count";
+    }
+    return nullptr;
 }
 
 bool isDigit(char byte)
@@ -88,9 +110,9 @@ CrashVerdict tryCrashPattern(const std::string& pattern, std::string_view messag
         reason = "longer than " + std::to_string(kCrashPatternCapacity) + " characters";
         return CrashVerdict::Unusable;
     }
-    if (mayNestLookaheads(pattern))
+    if (const char* const objection = objectionToLookaheads(pattern))
     {
-        reason = "several look-aheads, one with a group or a set in it";
+        reason = objection;
         return CrashVerdict::Unusable;
     }
     if (hasHugeNumber(pattern))

@@ -46,6 +46,9 @@ inline constexpr std::size_t kFilterScriptCapacity = 4096;
 /// Longest pattern in bytes: a longest message with every character escaped. Bounds the stack that
 /// its compilation takes.
 inline constexpr std::size_t kCrashPatternCapacity = 1000;
+/// Longest pattern with look-aheads, which are tried anew at each byte of a message: bounds the
+/// time of that.
+inline constexpr std::size_t kLookaheadPatternCapacity = 100;
 /// Digits of a repetition count or of a back-reference's number.
 inline constexpr std::size_t kCrashPatternDigits = 4;
 

@@ -100,6 +100,23 @@ TEST(CrashPattern, IsUnusableWhenLookaheadsCouldHoldEachOther)
     }
 }
 
+// One that is tried at each byte of a message takes seconds when it has many states.
+TEST(CrashPattern, IsUnusableWithALookaheadWhenItHasACount)
+{
+    for (const char* pattern : {"(?:(?!(?:a*){300}b)a)*c", "(?=a{2}).*", "(?!a).{3}"})
+    {
+        EXPECT_EQ("a look-ahead in a pattern that is long or has a count", complaintAbout(pattern));
+    }
+}
+
+TEST(CrashPattern, IsUsableWithALookaheadUpToAHundredCharacters)
+{
+    const std::string look = "(?!a*b)";
+    EXPECT_EQ(CrashVerdict::Crash, verdict(look + std::string(93, 'x'), std::string(93, 'x')));
+    EXPECT_EQ("a look-ahead in a pattern that is long or has a count",
+              complaintAbout(look + std::string(94, 'x')));
+}
+
 TEST(CrashPattern, IsUnusableWhenItsRepetitionsBlowItUp)
 {
     EXPECT_NE("", complaintAbout("(a{100}){100}"));
