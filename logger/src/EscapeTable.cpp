@@ -32,9 +32,10 @@ void EscapeTable::make()
         // Also for line ends and tabs: a record never spans lines.
         m_escapes[byte] = std::isprint(static_cast<int>(byte)) == 0 ? '#' : '\0';
     }
-    for (const unsigned char byte : {'"', '/', '\\'})
+    for (const char byte : {'"', '/', '\\'})
     {
-        m_escapes[byte] = m_escapes[byte] == '#' ? '#' : '\\';
+        char& escape = m_escapes[static_cast<unsigned char>(byte)];
+        escape = escape == '#' ? '#' : '\\';
     }
 }
 
