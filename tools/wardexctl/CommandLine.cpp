@@ -1,5 +1,6 @@
 #include "CommandLine.h"
 
+#include "log/LevelMask.h"
 #include "output/ExitStatus.h"
 #include "output/Output.h"
 #include "verbs/Doctor.h"
@@ -9,10 +10,12 @@
 #include "verbs/ServiceVerbs.h"
 #include "verbs/StateVerbs.h"
 
+#include <algorithm>
 #include <functional>
 #include <iostream>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
@@ -104,6 +107,7 @@ void addLogVerbs(CLI::App& app, Words& words)
     CLI::App* const level =
         addVerb(app, words, "loglevel", "Shows or sets which levels programs log",
                 "  wardexctl loglevel\n  wardexctl loglevel wardex +TRACE --for 10m\n"
+                "  wardexctl loglevel wardex -INFO\n"
                 "  wardexctl loglevel wardex WARN+ --save\n  wardexctl loglevel all default",
                 [&words](const Output& output) { return logLevel(output, words.logLevel); });
     level->add_option("SOURCE", words.logLevel.source, "A program's name, or all");
@@ -126,6 +130,26 @@ void addStateVerbs(CLI::App& app, Words& words)
         ->add_option("NAME", words.name, kNames);
     addVerb(app, words, "doctor", "Checks the installation and says what to do",
             "  wardexctl doctor", runDoctor);
+}
+
+/// The words behind the program's name, in the order that the library wants: the last one first.
+///
+/// "loglevel wardex -INFO" has a word that would be taken for options: it goes behind the mark that
+/// ends them, unless the person has set that mark.
+std::vector<std::string> wordsOf(int argc, char** argv)
+{
+    constexpr char kEndOfOptions[] = "--";
+    std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+    const auto verb = std::find(words.begin(), words.end(), "loglevel");
+    const bool isMarked = std::find(verb, words.end(), kEndOfOptions) != words.end();
+    const auto removal = isMarked ? words.end() : std::find_if(verb, words.end(), isRemoval);
+    if (removal != words.end())
+    {
+        std::rotate(removal, removal + 1, words.end());
+        words.insert(words.end() - 1, kEndOfOptions);
+    }
+    std::reverse(words.begin(), words.end());
+    return words;
 }
 
 } // namespace
@@ -151,7 +175,7 @@ int runCommandLine(int argc, char** argv)
     addLogVerbs(app, words);
     try
     {
-        app.parse(argc, argv);
+        app.parse(wordsOf(argc, argv));
     }
     catch (const CLI::Success& success)
     {

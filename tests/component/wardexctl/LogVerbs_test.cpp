@@ -219,6 +219,19 @@ protected:
     /// Whether the device lets INFO through.
     bool logsInfo() { return m_device.log(Logger::INFO, "%s", "info") > 0; }
 
+    /// Waits until the device has told that this is its mask now.
+    void awaitAnnounced(const std::string& levels)
+    {
+        const std::string line = "wardex           " + levels + " (announced)\n";
+        EXPECT_TRUE(eventually(
+            [&]
+            {
+                run({"loglevel", "wardex"});
+                return output() == line;
+            }))
+            << output();
+    }
+
     std::string stored()
     {
         return test::RedisClient(Logger::kConfigSocket)
@@ -236,6 +249,20 @@ TEST_F(LogLevelVerb, SetsTheMaskLiveByNames)
     run({"loglevel", "wardex"});
     EXPECT_EQ("wardex           INFO,WARN,ERROR,FATAL,EMERG (announced)\n", output());
     EXPECT_EQ("", stored());
+}
+
+TEST_F(LogLevelVerb, TakesLevelsOutByAWordWithADash)
+{
+    EXPECT_EQ(0, run({"loglevel", "wardex", "-WARN"}));
+    EXPECT_EQ("wardex now logs ERROR,FATAL,EMERG (heard by 1 process)\n"
+              "WARN is hidden now: operators need it.\n",
+              output());
+    awaitAnnounced("ERROR,FATAL,EMERG");
+    EXPECT_EQ(0, run({"loglevel", "wardex", "--", "-error"}));
+    awaitAnnounced("FATAL,EMERG");
+    EXPECT_EQ(0, run({"loglevel", "wardex", "-FATAL,+INFO", "--save"}));
+    EXPECT_EQ("{\n\"source\" : \"wardex\"\n,\"mask\" : 136\n}\n", stored());
+    EXPECT_EQ(64, run({"loglevel", "wardex", "-loud"}));
 }
 
 TEST_F(LogLevelVerb, ShowsTheDefaultAndWhatIsStored)

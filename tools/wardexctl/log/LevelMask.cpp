@@ -102,4 +102,11 @@ std::optional<std::uint32_t> maskOf(const std::string& text, std::uint32_t prese
     return complaint.empty() ? std::optional(mask) : std::nullopt;
 }
 
+bool isRemoval(const std::string& word)
+{
+    const std::vector<std::string> words = wordsOf(word);
+    return !words.empty() && !words.front().empty() && words.front().front() == '-' &&
+           bitsOf(words.front().substr(1)).has_value();
+}
+
 } // namespace orvo::ctl

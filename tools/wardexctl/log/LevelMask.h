@@ -17,4 +17,8 @@ std::string maskText(std::uint32_t mask);
 std::optional<std::uint32_t> maskOf(const std::string& text, std::uint32_t present,
                                     std::string& complaint);
 
+/// Whether a word takes levels out of a mask ("-INFO", "-debug,+WARN"), though it looks like an
+/// option of a command line.
+bool isRemoval(const std::string& word);
+
 } // namespace orvo::ctl
