@@ -74,7 +74,10 @@ def _perform(request: Request) -> int:
         deed.perform(Controls(instance))
         print(deed.done)
     elif request.command == "sh":
-        return shell.open_shell(instance, request.words, sys.stdin.isatty())
+        words = [word for word in request.words if word != "--"]
+        return shell.open_shell(instance, words, sys.stdin.isatty())
+    elif request.command == "ctl":
+        return shell.run_program(instance, ["wardexctl", *request.words])
     elif request.command == "logs":
         _require_running(instance)
         wanted = record_log.Wanted(request.follow, request.level, request.text)

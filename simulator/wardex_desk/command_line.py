@@ -11,7 +11,9 @@ from wardex_desk.events import LEVELS
 from wardex_desk.instance import DEFAULT_NAME
 from wardex_desk.places import REPOSITORY
 
-COMMANDS = ("do", "sh", "logs")
+COMMANDS = ("do", "ctl", "sh", "logs")
+# What stands behind them is for a program on the device.
+VERBATIM = ("ctl", "sh")
 DEFAULT_PRESET = "dev"
 DEFAULT_WATCHDOG_MS = 10_000
 
@@ -39,6 +41,7 @@ HELP = (
     ("--scenario NAME", "play a story without a person; exit 0 only if the device kept to it"),
     ("--list", "the scenarios, one line each"),
     *deeds.HELP,
+    ("ctl [VERB ...]", "the operator's command wardexctl on the device, such as: ctl status"),
     ("sh [COMMAND]", "a shell on the device, or one command there"),
     (
         "logs [-f] [--level LEVEL] [-g TEXT]",
@@ -100,8 +103,8 @@ def parse(arguments: Sequence[str]) -> Request:
             request.words.append(word)
         elif word in COMMANDS:
             request.command = word
-            if word == "sh":
-                request.words = [item for item in rest if item != "--"]
+            if word in VERBATIM:
+                request.words = rest
                 break
         else:
             raise WrongWords(

@@ -1,4 +1,4 @@
-"""A person's way onto the device: ./run sh."""
+"""A person's ways onto the device: ./run sh and ./run ctl."""
 
 import os
 import subprocess
@@ -38,8 +38,16 @@ def open_shell(instance: Instance, words: Sequence[str], on_terminal: bool) -> i
         inside = ["script", "--quiet", "--return", "--command", INTERACTIVE, "/dev/null"]
     else:
         inside = ["sh"]
-    command = entering(control.boot_program(instance), inside)
-    return subprocess.run(command).returncode
+    return run_program(instance, inside)
+
+
+def run_program(instance: Instance, words: Sequence[str]) -> int:
+    """Runs a program on the device, on the person's terminal; answers its exit status.
+
+    One that a signal ended answers as in a shell. Raises ControlError when the device does not run.
+    """
+    status = subprocess.run(entering(control.boot_program(instance), words)).returncode
+    return status if status >= 0 else 128 - status
 
 
 def _owned(process: int) -> bool:

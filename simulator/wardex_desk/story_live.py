@@ -14,6 +14,16 @@ from wardex_desk.story_print import Printer
 from wardex_desk.waiting import pause
 
 
+def hints(family: str, name: str) -> list[str]:
+    """What a person is told when a device has been put on the desk."""
+    run = "./run" if name == DEFAULT_NAME else f"./run --name {name}"
+    return [
+        f"A {family} device is on the desk; Ctrl-C takes it away again.",
+        f"From another terminal: {run} ctl status, {run} do pictor hang, {run} logs, {run} sh,"
+        " ./run --help",
+    ]
+
+
 def follow(device: Device, stream: TextIO, stop: Callable[[], bool]) -> None:
     """Tells the events of a device that is on, until stop() answers true or the device is off.
 
@@ -21,13 +31,8 @@ def follow(device: Device, stream: TextIO, stop: Callable[[], bool]) -> None:
     """
     printer = Printer(stream)
     stage = Stage(device, EventStream(device.instance.folder), Story(), printer)
-    printer.hint(f"A {device.plan.family} device is on the desk; Ctrl-C takes it away again.")
-    name = device.instance.name
-    which = "" if name == DEFAULT_NAME else f" --name {name}"
-    printer.hint(
-        f"From another terminal: ./run do pictor hang{which}, ./run sh{which}, ./run logs{which},"
-        " ./run --help"
-    )
+    for line in hints(device.plan.family, device.instance.name):
+        printer.hint(line)
     try:
         while device.is_on() and not stop():
             stage.look()

@@ -105,6 +105,20 @@ def test_shell_runs_on_the_device_and_answers_its_status(camera, home):
     assert command(home, "sh", text="ps -e | grep -c pictor\n") == (0, "1\n")
 
 
+def test_operators_command_runs_on_the_device_and_answers_its_status(camera, home):
+    status, output = command(home, "ctl", "doctor", "--json")
+    assert (status, output[:1]) == (5, "{")
+    assert command(home, "ctl", "log", "-g", "no such message", "--source", "$HOME;") == (0, "")
+    assert command(home, "ctl", "frob")[0] == 64
+
+
+def test_operators_command_needs_a_device(home):
+    assert command(home, "ctl", "status") == (
+        1,
+        "run: no device 'camera' is running (start it with ./run)\n",
+    )
+
+
 def test_shell_sees_the_reboot_of_the_device_only(camera, home):
     assert command(home, "sh", "command -v reboot") == (
         0,

@@ -1,5 +1,6 @@
 """The words of ./run but for those after do."""
 
+import re
 import signal
 
 import pytest
@@ -7,6 +8,7 @@ import pytest
 from wardex_desk import cli, command_line, ending, scenario
 from wardex_desk.command_line import Request, parse
 from wardex_desk.deeds import WrongWords
+from wardex_desk.story_live import hints
 
 
 def test_no_words_put_a_camera_on_the_desk():
@@ -23,6 +25,22 @@ def test_options_may_stand_before_and_behind_the_words():
 def test_words_of_the_shell_are_not_looked_at():
     request = parse(["--name", "left", "sh", "ls", "--help", "-f"])
     assert (request.command, request.words, request.name) == ("sh", ["ls", "--help", "-f"], "left")
+
+
+def test_words_of_the_operators_command_are_not_looked_at():
+    request = parse(["--name", "left", "ctl", "log", "-f", "--level", "WARN", "--", "--json"])
+    assert (request.command, request.name) == ("ctl", "left")
+    assert request.words == ["log", "-f", "--level", "WARN", "--", "--json"]
+    assert parse(["ctl"]) == Request(command="ctl")
+
+
+@pytest.mark.parametrize("name", ["camera", "left"])
+def test_commands_that_a_person_is_told_reach_the_device(name):
+    told = re.findall(r"\./run([^,\n]*)", "\n".join(hints("ZK4XX", name)))
+    requests = [parse(words.split()) for words in told]
+    assert [request.command for request in requests] == ["ctl", "do", "logs", "sh", "help"]
+    assert {request.name for request in requests if request.command != "help"} == {name}
+    assert requests[0].words == ["status"]
 
 
 def test_every_option_is_kept():
@@ -52,7 +70,7 @@ def test_scenario_has_a_name():
 @pytest.mark.parametrize(
     "words, complaint",
     [
-        ("boot", "'boot' is not known: say do, sh, logs or an option, see ./run --help"),
+        ("boot", "'boot' is not known: say do, ctl, sh, logs or an option, see ./run --help"),
         ("logs pictor", "'pictor' is one word too many after 'logs'"),
         ("--nme x", "'--nme' is not known: the options are --scenario, --list, --name, --family,"),
         (
@@ -85,7 +103,7 @@ def test_help_has_one_line_for_every_option_and_subject():
     text = "\n".join(lines)
     for word in ("--scenario", "--list", "--name", "--family", "--developer", "--watchdog"):
         assert word in text
-    for word in ("--preset", "--wardex", "--home", "--help", " sh", " logs [-f]"):
+    for word in ("--preset", "--wardex", "--home", "--help", " ctl", " sh", " logs [-f]"):
         assert word in text
     for word in ("pictor", "redis", "bus", "supervisor", "developer", "eeprom", "script", "reboot"):
         assert f"do {word}" in text or word in text
