@@ -1,0 +1,20 @@
+#pragma once
+
+#include "World.h"
+
+#include <cstdint>
+
+namespace orvo::model
+{
+
+/// From here on the process is in this world: pings, child processes, shell commands, the watchdog,
+/// syslog and the log's records reach it, and nothing of the machine that the test runs on. The
+/// stored configuration of the log has this mask.
+///
+/// Borrows: the world.
+void enterRealWorld(World* world, std::uint32_t logMask);
+
+/// The world that the process is in; there must be one.
+World& realWorld();
+
+} // namespace orvo::model
