@@ -10,6 +10,12 @@ namespace orvo::Logger
 namespace
 {
 
+void tellProblem(const char* caller, const char* namedSocket)
+{
+    std::fprintf(stderr, "%s: Redis connection problem for connecting via %s\n", caller,
+                 namedSocket);
+}
+
 std::optional<std::string> textOf(const RedisReply& reply)
 {
     if (reply == nullptr || reply->type != REDIS_REPLY_STRING)
@@ -26,10 +32,10 @@ RedisConnection openConfigStore(const char* caller, const char* namedSocket)
     RedisConnection store(redisConnectUnix(kConfigSocket));
     if (store == nullptr || store->err != 0)
     {
-        std::fprintf(stderr, "%s: Redis connection problem for connecting via %s\n", caller,
-                     namedSocket);
+        tellProblem(caller, namedSocket);
         return nullptr;
     }
+    limitPatience(store.get());
     return store;
 }
 
@@ -41,14 +47,25 @@ std::optional<std::string> loadConfiguration(const std::string& field)
     {
         return std::nullopt;
     }
-    return textOf(takeReply(redisCommand(store.get(), "HGET %s %s", kConfigHash, field.c_str())));
+    const RedisReply answer =
+        takeReply(redisCommand(store.get(), "HGET %s %s", kConfigHash, field.c_str()));
+    if (answer == nullptr)
+    {
+        tellProblem("loadConfig", kLogSocket);
+    }
+    return textOf(answer);
 }
 
 std::optional<std::string> storeConfiguration(redisContext* store, const std::string& field,
                                               const std::string& text)
 {
-    return textOf(
-        takeReply(redisCommand(store, "HSET %s %s %s", kConfigHash, field.c_str(), text.c_str())));
+    const RedisReply answer =
+        takeReply(redisCommand(store, "HSET %s %s %s", kConfigHash, field.c_str(), text.c_str()));
+    if (answer == nullptr)
+    {
+        tellProblem("saveConfig", kConfigSocket);
+    }
+    return textOf(answer);
 }
 
 } // namespace orvo::Logger

@@ -13,10 +13,11 @@ namespace orvo::Logger
 RedisConnection openConfigStore(const char* caller, const char* namedSocket);
 
 /// The text stored under a field of LOG:PERM:CFG; nothing when there is none or Redis cannot be
-/// asked.
+/// asked or does not answer, which is told like an unreachable one.
 std::optional<std::string> loadConfiguration(const std::string& field);
 
-/// Stores a text under a field of LOG:PERM:CFG; what the server answered if that was a text.
+/// Stores a text under a field of LOG:PERM:CFG; what the server answered if that was a text. No
+/// answer is told like an unreachable server.
 std::optional<std::string> storeConfiguration(redisContext* store, const std::string& field,
                                               const std::string& text);
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "logger/LogDefaults.h"
+
 #include <hiredis/async.h>
 #include <hiredis/hiredis.h>
 
@@ -18,6 +20,13 @@ struct RedisContextDeleter
 };
 /// A synchronous connection to Redis.
 using RedisConnection = std::unique_ptr<redisContext, RedisContextDeleter>;
+
+/// Bounds every wait on a connection: a server that stands still must not take its callers along.
+/// Setting it fails for values out of range only.
+inline void limitPatience(redisContext* connection)
+{
+    (void)redisSetTimeout(connection, timeval{kAnswerPatienceSeconds, 0});
+}
 
 struct RedisReplyDeleter
 {

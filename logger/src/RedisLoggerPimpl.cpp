@@ -39,6 +39,7 @@ void RedisLogger::RedisLoggerPimpl::connect()
     {
         throw std::runtime_error(m_connection->errstr);
     }
+    limitPatience(m_connection.get());
 }
 
 bool RedisLogger::RedisLoggerPimpl::isConnected() const

@@ -80,13 +80,15 @@ def test_redis_that_is_back_before_the_next_record_gets_none_either(stable):
         assert cache.command("EXISTS", "LOG:ENTRIES") == 0
 
 
-def test_redis_that_hangs_holds_the_supervisor_until_the_watchdog_resets_the_device(boot):
-    camera = boot(watchdog_ms=2500)
-    camera.await_stable()
-    camera.redis("hang", ["redis-cache"])
-    camera.order("pictor", "down")
-    camera.await_true(lambda: len(camera.boots()) == 2, "the reset")
-    assert [boot.reason for boot in camera.boots()] == ["power-on", "watchdog"]
+def test_redis_that_hangs_is_waited_for_once_and_supervision_goes_on(stable):
+    stable.redis("hang", ["redis-cache"])
+    stable.order("pictor", "down")
+    stable.await_true(lambda: stable.availability()[-1]["pictor"] == "down", "pictor down")
+    stable.await_feeds(2)
+    errors = stable.instance.read("/log/wardex.err")
+    failures = re.findall(r"^redisPushLog: failed with err: \(1:.+\)$", errors, re.MULTILINE)
+    assert len(failures) == 1 and NOT_CONNECTED in errors
+    assert len(stable.boots()) == 1
 
 
 def test_settings_server_may_go_away(stable):

@@ -52,6 +52,13 @@ inline constexpr std::size_t kLookaheadPatternCapacity = 100;
 /// Digits of a repetition count or of a back-reference's number.
 inline constexpr std::size_t kCrashPatternDigits = 4;
 
+// --- a Redis that does not answer ---
+
+/// Seconds that a caller waits for each answer before the connection counts as lost. Long enough
+/// for a server that is busy with a large request, and together with two pings that time out still
+/// far from a usual watchdog's countdown.
+inline constexpr int kAnswerPatienceSeconds = 2;
+
 // --- configuration thread ---
 
 /// Seconds between two looks of the configuration thread at whether it is to end.

@@ -86,6 +86,27 @@ TEST_F(RedisGone, EndsAWriteThatWaitsForItsAnswer)
     EXPECT_THAT(complaints(), MatchesRegex("redisPushLog: failed with err: \\([0-9]+:[^\n]+\\)\n"));
 }
 
+TEST_F(RedisGone, IsWhatAServerCountsAsThatStandsStill)
+{
+    m_cache.suspend();
+    EXPECT_EQ(-1, m_logger.log(WARN, "one"));
+    const std::string first = complaints();
+    EXPECT_THAT(first, MatchesRegex("redisPushLog: failed with err: \\(1:[^\n]+\\)\n"));
+    EXPECT_EQ(-1, m_logger.log(WARN, "two"));
+    EXPECT_EQ(first + kComplaint, complaints());
+}
+
+TEST_F(RedisGone, IsNotWhatAServerCountsAsThatIsLate)
+{
+    m_cache.suspend();
+    int result = 0;
+    std::thread writer([&] { result = m_logger.log(WARN, "one"); });
+    m_cache.resume();
+    writer.join();
+    EXPECT_EQ(3, result);
+    EXPECT_EQ("", complaints());
+}
+
 TEST_F(RedisGone, IsNoEndOfTheProcess)
 {
     struct sigaction action = {};

@@ -114,6 +114,18 @@ TEST_F(StoredConfiguration, ThatCannotBeAskedForIsToldWithTheOtherSocketsName)
     EXPECT_EQ("mask(0xf0), SigSegV Regexp(), max logs(10000)", valuesOfTheLogger());
 }
 
+TEST_F(StoredConfiguration, OfAServerThatStandsStillIsGivenUp)
+{
+    m_store.suspend();
+    const test::StreamCapture errors(STDERR_FILENO);
+    RedisLogger logger("wardex", kLogSocket, kLogList, true);
+    const std::string line =
+        "loadConfig: Redis connection problem for connecting via /tmp/redis-cache.sock\n";
+    EXPECT_EQ(line + line, errors.text());
+    EXPECT_EQ("mask(0xf0), SigSegV Regexp(), max logs(10000)", valuesOfTheLogger());
+    m_store.resume();
+}
+
 TEST_F(StoredConfiguration, IsAskedForUnderAllAndThenUnderTheProgramsName)
 {
     m_store.stop();
