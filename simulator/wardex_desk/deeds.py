@@ -9,7 +9,7 @@ from wardex_desk.places import SCRIPTS, SERVICES
 
 ANSWERS = ("up", "starting", "down", "delay", "error", "hang", "crash", "garbage")
 QUORL_ANSWERS = ("up", "hang", "empty", "short", "down")
-GARBAGE = ("none", "one", "three", "int", "variant", "swap", "struct", "huge")
+GARBAGE = ("none", "one", "three", "int", "variant", "swap", "struct", "huge", "giant")
 SERVER_ACTIONS = ("stop", "start", "restart", "hang", "continue")
 REDIS_SERVERS = ("cache", "store")
 SUPERVISOR_ACTIONS = ("kill", "stop", "continue", "start")

@@ -108,7 +108,7 @@ class ScriptEnded(Event):
 
 @dataclass(frozen=True)
 class WatchdogEvent(Event):
-    """What the watchdog's guard saw: open, gettimeout, write, close or reset."""
+    """What the watchdog's guard saw: open, gettimeout, write, close, removed or reset."""
 
     what: str
 

@@ -162,7 +162,7 @@ def _observer_state(content: dict[str, Any], at: float, subject: str) -> Event:
 
 
 def parse_watchdog(line: str, _now: float) -> Event | None:
-    """`12.345678 open|gettimeout|feed N|write|close|reset|exit STATUS`"""
+    """`12.345678 open|gettimeout|feed N|write|close|removed|reset|exit STATUS`"""
     words = line.split()
     if len(words) < 2:
         raise ParseError(line)
@@ -171,7 +171,7 @@ def parse_watchdog(line: str, _now: float) -> Event | None:
         return Feed(at, _whole_number(words[2]))
     if words[1] == "exit" and len(words) == 3:
         return SupervisorEnded(at, _whole_number(words[2]))
-    if words[1] in ("open", "gettimeout", "write", "close", "reset"):
+    if words[1] in ("open", "gettimeout", "write", "close", "removed", "reset"):
         return WatchdogEvent(at, words[1])
     raise ParseError(line)
 

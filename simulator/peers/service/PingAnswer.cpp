@@ -14,6 +14,7 @@ namespace orvo::simulator
 namespace
 {
 constexpr int kHugeRunLevelBytes = 1024 * 1024;
+constexpr int kGiantRunLevelBytes = 10 * 1024 * 1024;
 constexpr int kNumberForRunLevel = 5;
 
 QString up()
@@ -70,7 +71,7 @@ PingAnswer misunderstood(const Order& order)
     const std::string text =
         "unknown order '" + line +
         "'; give one of: up, starting, down, delay MS [LEVEL], error, hang, crash, "
-        "garbage [none|one|three|int|variant|swap|struct|huge]";
+        "garbage [none|one|three|int|variant|swap|struct|huge|giant]";
     complain(text);
     return refusal(text);
 }
@@ -98,6 +99,7 @@ PingAnswer garbage(const Order& order)
         {"swap", {up(), successStatus()}},
         {"struct", {successStatus(), inStructure(up())}},
         {"huge", {successStatus(), QString(kHugeRunLevelBytes, QLatin1Char('u'))}},
+        {"giant", {successStatus(), QString(kGiantRunLevelBytes, QLatin1Char('u'))}},
     };
     const auto form = forms.find(order.argument(0, "none"));
     return form == forms.end() ? misunderstood(order) : reply(form->second);

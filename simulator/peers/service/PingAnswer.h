@@ -20,7 +20,7 @@ namespace orvo::simulator
 ///        Forms of garbage: `none` no value; `one` only the status; `three` the status, "up" and a
 ///        text more; `int` a number for the run level; `variant` the run level "up" wrapped in a
 ///        variant; `swap` run level before status; `struct` the run level "up" in a structure;
-///        `huge` a run level of 1 MiB.
+///        `huge` a run level of 1 MiB, `giant` one of 10 MiB.
 /// Errors: an order that is none of these is complained about on standard error and answered like
 ///         `error`, so that a misspelt order never looks like a healthy service.
 struct PingAnswer

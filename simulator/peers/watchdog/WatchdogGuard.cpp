@@ -1,9 +1,11 @@
 #include "watchdog/WatchdogGuard.h"
 
 #include "common/Diagnostics.h"
+#include "common/SignalDescriptor.h"
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 
 #include <poll.h>
 
@@ -27,6 +29,8 @@ int WatchdogGuard::run()
     {
         return kFailureStatus;
     }
+    // Only now, or the program would inherit the mask.
+    m_removal = openSignalDescriptor({SIGUSR1});
     m_requests =
         std::make_unique<WatchdogRequests>(std::move(listener), &m_node, m_options.timeoutMs);
     for (;;)
@@ -51,11 +55,12 @@ int WatchdogGuard::run()
 bool WatchdogGuard::waitForEvents()
 {
     // poll() skips an entry of -1.
-    std::array<pollfd, 4> sources = {{
+    std::array<pollfd, 5> sources = {{
         {m_node.descriptor(), POLLIN, 0},
         {m_filterInUse ? m_requests->descriptor() : -1, POLLIN, 0},
         {m_program.childEvents().get(), POLLIN, 0},
         {m_countdown.descriptor(), POLLIN, 0},
+        {m_removal.get(), POLLIN, 0},
     }};
     if (poll(sources.data(), sources.size(), -1) == -1)
     {
@@ -65,6 +70,10 @@ bool WatchdogGuard::waitForEvents()
         }
         complain("cannot wait for the program: " + errnoText());
         return false;
+    }
+    if (sources[4].revents != 0)
+    {
+        noteRemoval();
     }
     // An open always comes before the requests on it, a request before the end of who made it.
     noteDeviceEvents();
@@ -96,7 +105,10 @@ void WatchdogGuard::noteDeviceEvents()
             break;
         case DeviceNode::Event::Written:
             m_journal.note("write");
-            m_countdown.restart();
+            if (!m_isRemoved)
+            {
+                m_countdown.restart();
+            }
             break;
         case DeviceNode::Event::Closed:
             m_journal.note("close");
@@ -108,6 +120,11 @@ void WatchdogGuard::noteDeviceEvents()
 void WatchdogGuard::answerRequest()
 {
     const WatchdogRequests::Request request = m_requests->receive();
+    if (m_isRemoved)
+    {
+        m_requests->answer(request, true);
+        return;
+    }
     if (request == WatchdogRequests::Request::GetTimeout)
     {
         m_journal.note("gettimeout");
@@ -117,7 +134,14 @@ void WatchdogGuard::answerRequest()
         m_journal.note("feed " + std::to_string(++m_feeds));
         m_countdown.restart();
     }
-    m_requests->answer(request);
+    m_requests->answer(request, false);
+}
+
+void WatchdogGuard::noteRemoval()
+{
+    takeSignals(m_removal);
+    m_journal.note("removed");
+    m_isRemoved = true;
 }
 
 void WatchdogGuard::noteEnd()

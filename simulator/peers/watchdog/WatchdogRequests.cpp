@@ -60,7 +60,7 @@ WatchdogRequests::Request WatchdogRequests::receive()
                : Request::KeepAlive;
 }
 
-void WatchdogRequests::answer(Request request)
+void WatchdogRequests::answer(Request request, bool isRemoved)
 {
     const auto& notification = *reinterpret_cast<const seccomp_notif*>(m_notification.data());
     std::fill(m_response.begin(), m_response.end(), 0);
@@ -69,6 +69,10 @@ void WatchdogRequests::answer(Request request)
     if (request == Request::NotOurs)
     {
         response->flags = SECCOMP_USER_NOTIF_FLAG_CONTINUE;
+    }
+    else if (isRemoved)
+    {
+        response->error = -ENODEV;
     }
     else if (request == Request::GetTimeout)
     {

@@ -40,7 +40,8 @@ public:
     Request receive();
 
     /// Lets the asking thread go on; to be called after receive() with what it answered.
-    void answer(Request request);
+    /// Hardware that is not there any more answers ENODEV.
+    void answer(Request request, bool isRemoved);
 
 private:
     [[nodiscard]] int writeTimeout(const seccomp_notif& notification) const;

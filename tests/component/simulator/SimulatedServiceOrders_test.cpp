@@ -121,6 +121,12 @@ TEST_F(SimulatedServiceOrders, HugeIsARunLevelOfOneMebibyte)
     EXPECT_EQ(1024 * 1024, m_service.pingedLevel().size());
 }
 
+TEST_F(SimulatedServiceOrders, GiantIsARunLevelOfTenMebibytes)
+{
+    m_service.order("garbage giant");
+    EXPECT_EQ(10 * 1024 * 1024, m_service.pingedLevel().size());
+}
+
 TEST_F(SimulatedServiceOrders, MissingFileMeansUp)
 {
     EXPECT_EQ(QStringLiteral("up"), m_service.pingedLevel());
@@ -208,7 +214,7 @@ TEST_P(SimulatedServiceMistake, IsRefusedWithTheRightWords)
     const std::string text =
         std::string("unknown order '") + GetParam() +
         "'; give one of: up, starting, down, delay MS [LEVEL], error, hang, crash, garbage "
-        "[none|one|three|int|variant|swap|struct|huge]";
+        "[none|one|three|int|variant|swap|struct|huge|giant]";
     m_service.order(GetParam());
     EXPECT_STREQ(text.c_str(), qPrintable(m_service.ping().errorMessage()));
     EXPECT_THAT(m_service.output(), ElementsAre("pictor: " + text));

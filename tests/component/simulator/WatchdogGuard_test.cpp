@@ -129,6 +129,18 @@ TEST_F(WatchdogGuard, StartsTheCountAgainAtEachFeed)
     EXPECT_GE(m_run.timeOf("reset") - m_run.timeOf("feed 8"), kTimeoutMs / 1000.0);
 }
 
+TEST_F(WatchdogGuard, HearsNothingOnceItIsRemoved)
+{
+    m_run.startUser(5 * kShortMs, {"open", m_run.device(), "feed", "feeds", "1000", "50"});
+    ASSERT_TRUE(m_run.notes("feed 1"));
+    m_run.guard().signal(SIGUSR1);
+    EXPECT_EQ(kResetStatus, m_run.status());
+    ASSERT_TRUE(m_run.notes("removed"));
+    EXPECT_EQ("removed", m_run.journal().at(m_run.journal().size() - 2));
+    EXPECT_EQ("reset", m_run.journal().back());
+    EXPECT_EQ("feed " + std::to_string(-ENODEV), m_run.output().back());
+}
+
 TEST_F(WatchdogGuard, TakesAWriteForAFeed)
 {
     constexpr int kTimeoutMs = 400;

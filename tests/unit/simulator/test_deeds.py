@@ -102,7 +102,7 @@ def test_eeprom_words_write_a_record():
         (
             "pictor garbage bag",
             "'bag' is not known after 'garbage': say one of none, one, three, "
-            "int, variant, swap, struct, huge",
+            "int, variant, swap, struct, huge, giant",
         ),
         (
             "quorl crash",
