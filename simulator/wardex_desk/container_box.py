@@ -58,6 +58,8 @@ class ContainerBox(Box):
         )
         if reason is not None:
             raise BoxError(reason)
+        if instance.path("/bin").is_dir():
+            raise BoxError("the programs of this container cannot be taken away")
         self._turn: Optional[socket.socket] = _take_turn()
         try:
             FixedPaths(instance.folder).check()

@@ -1,5 +1,6 @@
 """Fills an instance folder with what a device has when it leaves the factory."""
 
+import os
 import shutil
 from dataclasses import dataclass, field
 from pathlib import Path
@@ -49,6 +50,7 @@ class Plan:
     stored_log_configuration: fields of LOG:PERM:CFG that the store holds when it is still new.
     without: parts (PARTS) that this device lacks.
     arguments, environment: for the supervisor.
+    own_bin: a /bin whose programs can be taken away and replaced.
     """
 
     family: str = families.DEFAULT
@@ -58,6 +60,7 @@ class Plan:
     without: frozenset[str] = frozenset()
     arguments: tuple[str, ...] = ()
     environment: Mapping[str, str] = field(default_factory=dict)
+    own_bin: bool = False
 
     def __post_init__(self) -> None:
         unknown = sorted(self.without - set(PARTS))
@@ -80,6 +83,8 @@ def install(instance: Instance, plan: Plan, bus_policy: Optional[Path] = BUS_POL
         instance.write(DEVELOPER_MARKERS[0], "")
     if bus_policy is not None:
         shutil.copy(bus_policy, instance.path("/opt/orvo/etc/dbus-1/system.d"))
+    if plan.own_bin:
+        _install_bin(instance)
     _install_programs(instance, family)
     _write_eeproms(instance, family)
     return family
@@ -93,6 +98,12 @@ def _install_programs(instance: Instance, family: Family) -> None:
             instance.path(f"{PROGRAMS}/{service.name}").symlink_to(f"{DESK}/bin/{service.peer}")
         else:
             instance.remove(f"{SERVICE_SCRIPTS}/{service.script}")
+
+
+def _install_bin(instance: Instance) -> None:
+    instance.path("/bin").mkdir()
+    for program in os.listdir("/usr/bin"):
+        instance.path(f"/bin/{program}").symlink_to(f"/usr/bin/{program}")
 
 
 def _write_eeproms(instance: Instance, family: Family) -> None:

@@ -44,6 +44,29 @@ def fed(verdict: Verdict, life: Life, held_up_s: float = 0.0, at_least: int = 1)
     )
 
 
+def gap_of(life: Life) -> float | None:
+    """The longest time between two feeds of one life, the opening of the node being the first.
+
+    None for a watchdog that was never opened. The silence that ends in a reset is no gap: nobody
+    was there any more.
+    """
+    opened = [e.at for e in life.events if isinstance(e, WatchdogEvent) and e.what == "open"]
+    moments = sorted(opened + life.feeds)
+    return max((b - a for a, b in zip(moments, moments[1:])), default=None)
+
+
+def longest_gap(verdict: Verdict, life: Life, seconds: float) -> bool:
+    """No time between two feeds is longer than that, whatever the reason."""
+    gap = gap_of(life)
+    shown = "never fed" if gap is None else f"{gap:.2f} s"
+    return verdict.claim(
+        f"a watchdog that resets after {seconds:.1f} s would not bite",
+        gap is None or gap <= seconds,
+        [f"longest time between two feeds: {shown}"],
+        [f"longest time between two feeds: {shown}"],
+    )
+
+
 def _time_in_calls(life: Life, begin: float, end: float) -> float:
     return sum(
         max(0.0, min(end, call.end) - max(begin, call.begin))
@@ -99,6 +122,19 @@ def reset_after(verdict: Verdict, life: Life, seconds: float) -> bool:
     silence = resets[0] - life.feeds[-1] if resets and life.feeds else None
     return verdict.claim(
         f"the watchdog resets the device {seconds:.1f} s after the last feed",
+        silence is not None and len(resets) == 1 and EARLY * seconds <= silence <= seconds + LATE_S,
+        [f"resets: {len(resets)}", f"silence before: {silence}"],
+    )
+
+
+def reset_after_kill(verdict: Verdict, life: Life, seconds: float) -> bool:
+    """As reset_after, for a supervisor that may have been killed before its first feed."""
+    opened = [e.at for e in life.events if isinstance(e, WatchdogEvent) and e.what == "open"]
+    resets = [e.at for e in life.events if isinstance(e, WatchdogEvent) and e.what == "reset"]
+    last = max(opened + life.feeds, default=None)
+    silence = resets[0] - last if resets and last is not None else None
+    return verdict.claim(
+        f"the watchdog resets the device {seconds:.1f} s after the last sign of life",
         silence is not None and len(resets) == 1 and EARLY * seconds <= silence <= seconds + LATE_S,
         [f"resets: {len(resets)}", f"silence before: {silence}"],
     )

@@ -54,8 +54,9 @@ class Layout:
     def _own(self, option: str, path: str) -> tuple[str, str, str]:
         return (option, str(self.folder / path.lstrip("/")), path)
 
-    @staticmethod
-    def _merged(part: str) -> tuple[str, ...]:
+    def _merged(self, part: str) -> tuple[str, ...]:
+        if (self.folder / part).is_dir():
+            return self._own("--bind", f"/{part}")
         return ("--symlink", f"usr/{part}", f"/{part}") if Path(f"/usr/{part}").is_dir() else ()
 
 

@@ -4,7 +4,7 @@
 
 plays one with the programs in BIN as they are, in an instance folder below FOLDER; exit status 0
 when the device did what the story says, 1 when not, 77 when this machine has no box for it.
-With --names it only lists the scenarios' names.
+With --names it only lists the scenarios' names, with --soaks those that take long.
 """
 
 from __future__ import annotations
@@ -20,6 +20,8 @@ from wardex_desk.control import ControlError
 from wardex_desk.controls import NotSeen
 from wardex_desk.desk import Desk
 from wardex_desk.device import Device, DeviceError
+from wardex_desk.faults import SCENARIOS as FAULTS
+from wardex_desk.faults import SOAKS
 from wardex_desk.instance import InstanceError
 from wardex_desk.judge import Verdict
 from wardex_desk.judge_evidence import lives
@@ -33,7 +35,7 @@ from wardex_desk.story import Story
 from wardex_desk.story_print import Printer
 
 SCENARIOS: dict[str, Scenario] = {
-    scenario.name: scenario for scenario in (*TROUBLE, *LAST_RESORT, *IDENTITY)
+    scenario.name: scenario for scenario in (*TROUBLE, *LAST_RESORT, *IDENTITY, *FAULTS, *SOAKS)
 }
 
 
@@ -68,8 +70,8 @@ def perform(scenario: Scenario, device: Device, printer: Printer | None = None) 
     failed claim like any other.
     """
     stream = EventStream(device.instance.folder)
-    stage = Stage(device, stream, Story(), printer)
     verdict = Verdict()
+    stage = Stage(device, stream, Story(), printer, verdict)
     try:
         for service, steps in scenario.orders.items():
             device.order(service, *steps)
@@ -109,8 +111,12 @@ def report(scenario: Scenario, verdict: Verdict, device: Device, printer: Printe
 
 def main(arguments: Sequence[str]) -> int:
     """For a test driver: nothing is built, and every scenario has a device of its own."""
+    long_ones = [scenario.name for scenario in SOAKS]
     if list(arguments) == ["--names"]:
-        print("\n".join(SCENARIOS))
+        print("\n".join(name for name in SCENARIOS if name not in long_ones))
+        return 0
+    if list(arguments) == ["--soaks"]:
+        print("\n".join(long_ones))
         return 0
     name, programs, folder = arguments
     built = Programs(Path(programs), Path(programs) / "wardex")

@@ -20,6 +20,7 @@ from wardex_desk.events import (
     SupervisorEnded,
     WatchdogEvent,
 )
+from wardex_desk.judge import Verdict
 from wardex_desk.places import SERVICES
 from wardex_desk.sources import EventStream
 from wardex_desk.story import Story
@@ -35,14 +36,22 @@ Sign = Callable[[Event], bool]
 class Stage:
     """What a scenario's driver may do: give orders through `device`, and wait for signs.
 
-    Borrows: the device's controls, the stream, the story and its printer.
+    `verdict` takes claims about what only the driver can see, such as an answer to a call.
+
+    Borrows: the device's controls, the stream, the story, its printer and the verdict.
     Threads: one.
     """
 
     def __init__(
-        self, device: Controls, stream: EventStream, story: Story, printer: Printer | None
+        self,
+        device: Controls,
+        stream: EventStream,
+        story: Story,
+        printer: Printer | None,
+        verdict: Verdict | None = None,
     ) -> None:
         self.device = device
+        self.verdict = verdict if verdict is not None else Verdict()
         self._stream = stream
         self._story = story
         self._printer = printer

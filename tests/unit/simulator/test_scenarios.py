@@ -4,6 +4,7 @@ import pytest
 from canned import Canned
 from canned_stories import PICTOR, STORIES
 
+from wardex_desk import faults
 from wardex_desk import judge_texts as texts
 from wardex_desk.events import (
     Availability,
@@ -25,6 +26,9 @@ NAMES = (
 ).split()
 
 
+FAULTS = [scenario.name for scenario in (*faults.SCENARIOS, *faults.SOAKS)]
+
+
 def verdict_on(name, device):
     verdict = Verdict()
     SCENARIOS[name].judge(verdict, device.lives())
@@ -36,7 +40,7 @@ def failures(name, device):
 
 
 def test_every_story_of_the_device_is_offered_with_one_line_each():
-    assert list(catalogue()) == NAMES
+    assert list(catalogue()) == NAMES + FAULTS
     assert all(line and "\n" not in line for line in catalogue().values())
 
 
