@@ -17,6 +17,8 @@ namespace
 constexpr BusView kAnswers{true, true};
 constexpr BusView kAnswersUnlisted{true, false};
 constexpr BusView kSilent{false, false};
+constexpr char kGraceOfAMinute[] =
+    "setServicePingTimeoutOneShot: restartTimer(com.orvo.pictor, 60000)";
 } // namespace
 
 class OutlookTest : public testing::Test
@@ -206,6 +208,46 @@ TEST_F(OutlookTest, DeadServiceOfADeveloperStaysAndIsCountedAnew)
     EXPECT_EQ("1/1", strikes(21));
     EXPECT_EQ("0/1", strikes(22));
     EXPECT_EQ("1/1", strikes(23));
+}
+
+TEST_F(OutlookTest, GraceHoldsTheTicksOfAStartingServiceBack)
+{
+    m_story.becomesStable().traces(20, "SuprStarting::entry (com.orvo.pictor)");
+    m_story.traces(23.5, kGraceOfAMinute);
+    EXPECT_EQ("3/6", strikes(24));
+    EXPECT_EQ("3/6", strikes(83));
+    EXPECT_EQ("4/6", strikes(83.5));
+    EXPECT_THAT(next(63.5), testing::ElementsAre("200.0 pictor counts as down"));
+    m_story.traces(90, "SuprStarting::entry (com.orvo.pictor)");
+    EXPECT_EQ("3/6", strikes(93));
+}
+
+TEST_F(OutlookTest, GraceHoldsTheNextMissOfAServiceThatIsUpBack)
+{
+    m_story.becomesStable().traces(20, "Ping com.orvo.pictor failed");
+    m_story.traces(20.5, kGraceOfAMinute);
+    EXPECT_EQ("1/3", strikes(140));
+    EXPECT_THAT(next(30.5), testing::ElementsAre("170.0 pictor counts as down"));
+    m_story.traces(80.5, "Ping com.orvo.pictor failed");
+    EXPECT_EQ("2/3", strikes(81));
+    m_story.traces(140.5, "Ping com.orvo.pictor failed");
+    EXPECT_EQ("3/3", strikes(141));
+}
+
+TEST_F(OutlookTest, GraceWithoutEndLeavesNothingToCount)
+{
+    m_story.becomesStable().traces(20, "SuprStarting::entry (com.orvo.pictor)");
+    m_story.traces(21, "setServicePingTimeoutOneShot: restartTimer(com.orvo.pictor, -1)");
+    EXPECT_EQ("unknown", strikes(30));
+    EXPECT_THAT(next(30), testing::IsEmpty());
+}
+
+TEST_F(OutlookTest, GraceThatWasRefusedChangesNothing)
+{
+    m_story.becomesStable().traces(20, "SuprStarting::entry (com.orvo.pictor)");
+    m_story.says(21, "WARN",
+                 "setServicePingTimeoutOneShot: restartTimer(com.orvo.pictor, 60000) failed !");
+    EXPECT_EQ("3/6", strikes(23));
 }
 
 TEST_F(OutlookTest, StrikesAreUnknownWithoutAState)

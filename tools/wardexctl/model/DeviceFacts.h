@@ -17,6 +17,10 @@ struct ServiceFacts
 {
     std::string state; ///< class name of the machine's state; empty: no record told
     double since{0};   ///< its entry
+    /// Seconds between its pings, when a caller changed that; until the next state.
+    std::optional<double> interval;
+    double intervalSince{0}; ///< when that was
+    int ticksBefore{0};      ///< of this state at that time
     /// "up", "starting", "down", "none" (no answer), or empty when no record told.
     std::string runLevel;
     int failedPings{0};    ///< in a row, only told while up

@@ -1,6 +1,7 @@
 #include "model/DeviceModel.h"
 
 #include "logger/RedisLogger.h"
+#include "model/Outlook.h"
 #include "model/Periods.h"
 #include "model/ServiceNames.h"
 
@@ -131,6 +132,9 @@ void DeviceModel::applyService(const SupervisorEvent& event, double time)
     case Kind::PingFailed:
         notePingFailure(event.name, time);
         break;
+    case Kind::Grace:
+        giveGrace(event.name, event.milliseconds, time);
+        break;
     case Kind::ServiceIsUp:
     case Kind::ServiceIsDown:
     {
@@ -188,12 +192,23 @@ void DeviceModel::enterService(ServiceFacts& service, const std::string& state, 
     service.state = state;
     service.since = time;
     service.failedPings = 0;
+    service.interval.reset();
+    service.intervalSince = time;
+    service.ticksBefore = 0;
+}
+
+void DeviceModel::giveGrace(const std::string& name, int milliseconds, double time)
+{
+    ServiceFacts& service = m_facts.services[name];
+    service.ticksBefore = ticksOf(service, name, time).value_or(0);
+    service.interval = static_cast<double>(milliseconds) / kMsPerSecond;
+    service.intervalSince = time;
 }
 
 void DeviceModel::notePingFailure(const std::string& name, double time)
 {
     ServiceFacts& service = m_facts.services[name];
-    const bool isInARow = time - service.lastFailure < kRowPeriods * pingSeconds(name);
+    const bool isInARow = time - service.lastFailure < kRowPeriods * intervalOf(service, name);
     service.failedPings = isInARow ? service.failedPings + 1 : 1;
     service.lastFailure = time;
 }

@@ -27,6 +27,7 @@ private:
     void applyService(const SupervisorEvent& event, double time);
     void enterSystem(const std::string& state, double time);
     void enterService(ServiceFacts& service, const std::string& state, double time);
+    void giveGrace(const std::string& name, int milliseconds, double time);
     void notePingFailure(const std::string& name, double time);
     void restartPackage(double time);
 

@@ -17,11 +17,6 @@ namespace
 constexpr double kStartSeconds = (kStartingTickLimit + 1) * kTickSeconds;
 constexpr int kWindowSeconds = static_cast<int>(kRestartWindowMinutes * kSecondsPerMinute);
 
-int ticksSince(double since, double now, double period)
-{
-    return static_cast<int>(std::floor(std::max(now - since, 0.0) / period));
-}
-
 /// Restarts that still count at a time.
 int restartsAt(const DeviceFacts& facts, double time)
 {
@@ -90,10 +85,12 @@ std::optional<NextEvent> nextOfService(const DeviceFacts& facts, const ServiceFa
     {
         return std::nullopt;
     }
-    const double period = pingSeconds(name);
+    const double period = intervalOf(service, name);
+    const bool isUp = service.state == "SuprUp";
     const double begin =
-        service.state == "SuprUp" ? service.lastFailure - strikes->count * period : service.since;
-    const double seconds = std::max(begin + (strikes->threshold + 1) * period - now, 0.0);
+        isUp ? std::max(service.lastFailure, service.intervalSince) : service.intervalSince;
+    const int before = isUp ? strikes->count : service.ticksBefore;
+    const double seconds = std::max(begin + (strikes->threshold + 1 - before) * period - now, 0.0);
     const std::string shortName = shortNameOf(name);
     if (service.state != "SuprDown")
     {
@@ -197,28 +194,44 @@ std::string budgetText(const RestartBudget& budget)
     return used + "need number " + std::to_string(budget.limit + 1) + " in that time reboots";
 }
 
+double intervalOf(const ServiceFacts& service, const std::string& name)
+{
+    return service.interval.value_or(pingSeconds(name));
+}
+
+std::optional<int> ticksOf(const ServiceFacts& service, const std::string& name, double now)
+{
+    const double interval = intervalOf(service, name);
+    if (service.state.empty() || interval <= 0)
+    {
+        return std::nullopt;
+    }
+    const double spent = std::max(now - service.intervalSince, 0.0);
+    return service.ticksBefore + static_cast<int>(std::floor(spent / interval));
+}
+
 std::optional<Strikes> strikesOf(const DeviceFacts& facts, const ServiceFacts& service,
                                  const std::string& name, double now)
 {
-    const double period = pingSeconds(name);
-    if (service.state.empty() || period <= 0)
+    const auto ticks = ticksOf(service, name, now);
+    if (!ticks)
     {
         return std::nullopt;
     }
     if (service.state == "SuprUp")
     {
         // A ping that was answered since leaves no record: the row ended when the next is overdue.
-        const bool isOver = now - service.lastFailure > 2 * period;
+        const bool isOver = now - std::max(service.lastFailure, service.intervalSince) >
+                            2 * intervalOf(service, name);
         return Strikes{isOver ? 0 : service.failedPings, kUpBadPingThreshold};
     }
-    const int ticks = ticksSince(service.since, now, period);
     if (service.state == "SuprStarting")
     {
-        return Strikes{std::min(ticks, kStartingBadPingThreshold), kStartingBadPingThreshold};
+        return Strikes{std::min(*ticks, kStartingBadPingThreshold), kStartingBadPingThreshold};
     }
     // In developer mode a dead service stays, and is counted anew.
-    const int shown = facts.isDeveloper ? ticks % (kDownBadPingThreshold + 1)
-                                        : std::min(ticks, kDownBadPingThreshold);
+    const int shown = facts.isDeveloper ? *ticks % (kDownBadPingThreshold + 1)
+                                        : std::min(*ticks, kDownBadPingThreshold);
     return Strikes{shown, kDownBadPingThreshold};
 }
 

@@ -57,6 +57,12 @@ struct Strikes
     int threshold{0};
 };
 
+/// Seconds between the pings of a service: its usual ones, or what a caller asked for.
+double intervalOf(const ServiceFacts& service, const std::string& name);
+
+/// Pings due in the present state so far; nothing without a state, or when no ping comes.
+std::optional<int> ticksOf(const ServiceFacts& service, const std::string& name, double now);
+
 /// Nothing while the state is not known. While starting or down every ping that does not end the
 /// state is a strike, so the time tells; while up the records tell.
 std::optional<Strikes> strikesOf(const DeviceFacts& facts, const ServiceFacts& service,

@@ -21,7 +21,7 @@ struct KnownText
     std::string_view after;
 };
 
-constexpr std::array<KnownText, 18> kTexts = {{
+constexpr std::array<KnownText, 19> kTexts = {{
     {Kind::Started, "wardex: supervision activity starting, Bello the watchdog, is unfused ...",
      ""},
     {Kind::StartedDeveloper, "wardex starting in developer mode", ""},
@@ -43,6 +43,7 @@ constexpr std::array<KnownText, 18> kTexts = {{
     {Kind::SystemRestartDisabled,
      "wardex: SUPERVISOR WOULD RESTART SYSTEM via /dev/watchdog ... but saved via developer mode",
      ""},
+    {Kind::Grace, "setServicePingTimeoutOneShot: restartTimer(", ")"},
     {Kind::Unfed, "Bello is dead!!!", ""},
     {Kind::MaskChanged, "Applying new log configuration: mask(0x", ""},
 }};
@@ -79,12 +80,19 @@ SupervisorEvent knownText(std::string_view message)
         {
             continue;
         }
-        SupervisorEvent event{known.kind, "", std::string(*middle), 0};
+        SupervisorEvent event{known.kind, "", std::string(*middle), 0, 0};
         if (known.kind == Kind::MaskChanged)
         {
             event.mask =
                 static_cast<std::uint32_t>(std::strtoul(event.name.c_str(), nullptr, kHexadecimal));
             event.name.clear();
+        }
+        if (known.kind == Kind::Grace)
+        {
+            const std::size_t comma = event.name.find(", ");
+            event.milliseconds =
+                comma == std::string::npos ? 0 : std::atoi(event.name.c_str() + comma + 2);
+            event.name = event.name.substr(0, comma);
         }
         return event;
     }
@@ -111,13 +119,13 @@ SupervisorEvent machineEvent(const std::string& message)
         return {event == "entry"  ? Kind::ServiceEntry
                 : event == "down" ? Kind::ServiceDown
                                   : Kind::None,
-                state, name, 0};
+                state, name, 0, 0};
     }
     const Kind kind = event == "entry"           ? Kind::SystemEntry
                       : event == "serviceIsUp"   ? Kind::ServiceIsUp
                       : event == "serviceIsDown" ? Kind::ServiceIsDown
                                                  : Kind::None;
-    return {kind, state, name, 0};
+    return {kind, state, name, 0, 0};
 }
 
 } // namespace

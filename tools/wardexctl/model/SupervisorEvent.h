@@ -36,6 +36,7 @@ struct SupervisorEvent
         TooManyRestarts,       ///< the decision to reboot
         SystemRestart,         ///< the reboot itself
         SystemRestartDisabled, ///< developer mode, only the first time
+        Grace,                 ///< name, milliseconds: its pings come in that interval
         Unfed                  ///< the watchdog could not be fed
     };
 
@@ -43,6 +44,7 @@ struct SupervisorEvent
     std::string state;
     std::string name;
     std::uint32_t mask{0};
+    int milliseconds{0};
 };
 
 /// The name under which the supervisor logs.
