@@ -132,6 +132,8 @@ TEST_F(StatusViewTest, SaysThatTheLogDoesNotAnswer)
     m_view.hasLog = false;
     const auto shown = lines(RecordStory());
     EXPECT_THAT(shown, Contains("The log does not answer: states are not known."));
+    EXPECT_THAT(shown, Contains("Restarts  not known"));
+    EXPECT_TRUE(statusJson(m_view)["restarts"].toObject()["used"].isNull());
     EXPECT_THAT(shown, Not(Contains("  wardexctl loglevel wardex +TRACE")));
 }
 

@@ -119,7 +119,8 @@ std::vector<StyledLine> outlookLines(const StatusView& view)
 {
     std::vector<StyledLine> lines{
         {{Tone::Plain,
-          "Restarts  " + budgetText(restartBudget(view.facts, view.clock.monotonic))}}};
+          view.hasLog ? "Restarts  " + budgetText(restartBudget(view.facts, view.clock.monotonic))
+                      : "Restarts  not known"}}};
     const auto events = nextEvents(view.facts, view.bus(), view.clock.monotonic);
     if (events.empty())
     {

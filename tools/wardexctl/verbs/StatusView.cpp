@@ -162,7 +162,7 @@ QJsonObject statusJson(const StatusView& view)
     json["systemState"] = wordOrNull(view.facts.systemState);
     json["services"] = services;
     json["restarts"] =
-        QJsonObject{{"used", budget.used},
+        QJsonObject{{"used", view.hasLog ? QJsonValue(budget.used) : QJsonValue()},
                     {"limit", budget.limit},
                     {"windowSeconds", budget.window},
                     {"freeSeconds", budget.used > 0 ? QJsonValue(budget.free) : QJsonValue()}};
