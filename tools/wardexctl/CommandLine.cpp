@@ -9,6 +9,7 @@
 #include "verbs/Monitor.h"
 #include "verbs/ServiceVerbs.h"
 #include "verbs/StateVerbs.h"
+#include "verbs/TimelineVerb.h"
 
 #include <algorithm>
 #include <functional>
@@ -36,6 +37,7 @@ struct Words
     LogWords log;
     bool follows{false};
     LogLevelWords logLevel;
+    TimelineWords timeline;
     std::function<int(const Output&)> run;
 };
 
@@ -128,6 +130,15 @@ void addStateVerbs(CLI::App& app, Words& words)
             "  wardexctl why\n  wardexctl why pictor",
             [&words](const Output& output) { return explainWhy(output, words.name); })
         ->add_option("NAME", words.name, kNames);
+    CLI::App* const timeline = addVerb(
+        app, words, "timeline", "States, restarts and reboots over time",
+        "  wardexctl timeline\n  wardexctl timeline --since 10m\n"
+        "  wardexctl timeline -o /tmp/timeline.svg\n  wardexctl timeline --since 05:30 --json",
+        [&words](const Output& output) { return showTimeline(output, words.timeline); });
+    timeline->add_option("--since", words.timeline.since,
+                         "From 10m ago, or from 05:30 or 05:30:10 on; else all that is stored");
+    timeline->add_option("-o,--output", words.timeline.file,
+                         "A picture instead: FILE.svg, or FILE.html; replaced when it exists");
     addVerb(app, words, "doctor", "Checks the installation and says what to do",
             "  wardexctl doctor", runDoctor);
 }

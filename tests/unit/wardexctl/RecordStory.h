@@ -63,6 +63,9 @@ public:
         for (const char* name : {"com.orvo.vistor", "com.orvo.pictor"})
         {
             traces(8, std::string("SuprStarting::entry (") + name + ")");
+        }
+        for (const char* name : {"com.orvo.vistor", "com.orvo.pictor"})
+        {
             traces(10, std::string("SuprUp::entry (") + name + ")");
             traces(10, std::string("SuprStartingSystem::serviceIsUp ") + name);
         }

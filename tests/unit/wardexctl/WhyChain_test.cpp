@@ -108,6 +108,44 @@ TEST_F(WhyChainTest, RebootTellsTheRestartsThatCount)
     EXPECT_FALSE(chain.isTraceSeen);
 }
 
+TEST_F(WhyChainTest, RebootCountsWhatBecameOfServicesUntilTheDevicesNextStep)
+{
+    m_story.becomesStable().losesPictor();
+    for (const double time : {25.0, 28.0, 31.0})
+    {
+        m_story.says(time, "WARN", kDead);
+        m_story.traces(time + 1, "SuprUnstableSystem::serviceIsDown com.orvo.pictor");
+    }
+    m_story.restartsPackage(34).says(37, "WARN", kDead);
+    m_story.says(40, "EMERG",
+                 "Too many restarts(3) detected in last 5 minutes: rebooting whole system ...");
+    const WhyChain chain = why();
+    EXPECT_THAT(stepsOf(chain),
+                ElementsAre("the supervisor started", "the device is starting",
+                            "the device is stable", "pictor is reported down",
+                            "the device is unstable",
+                            "pictor is considered dead: its script stops and starts it",
+                            "pictor is reported down", "the whole software package is restarted",
+                            "pictor is considered dead: its script stops and starts it",
+                            "too many package restarts"));
+    EXPECT_EQ(3, chain.steps[5].times);
+    EXPECT_EQ(25, chain.steps[5].time);
+    EXPECT_EQ(3, chain.steps[6].times);
+    EXPECT_EQ(1, chain.steps[8].times);
+}
+
+TEST_F(WhyChainTest, LeavesBusAndGraceOut)
+{
+    m_story.becomesStable().traces(20, "DBus Service com.orvo.pictor unavailable");
+    m_story.traces(21, "DBus service com.orvo.pictor available");
+    m_story.traces(22, "setServicePingTimeoutOneShot: restartTimer(com.orvo.pictor, 30000)");
+    m_story.says(25, "WARN", kDead);
+    EXPECT_THAT(stepsOf(why()),
+                ElementsAre("pictor is up", "pictor is reported up", "the device is stable",
+                            "pictor is considered dead: its script stops and "
+                            "starts it"));
+}
+
 TEST_F(WhyChainTest, StopsAtTheStartOfThatSupervisor)
 {
     m_story.becomesStable().process(8).starts(20).says(30, "WARN", kDead);

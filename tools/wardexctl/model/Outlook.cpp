@@ -137,9 +137,14 @@ bool isAvailable(const DeviceFacts& facts, const std::string& name, bool isListe
                                               !isRecentlyDead(found->second, name, now));
 }
 
+bool isBeyondAnswering(const DeviceFacts& facts)
+{
+    return facts.reboot.has_value() && !facts.isDeveloper;
+}
+
 Verdict verdictOf(const DeviceFacts& facts, const BusView& bus, double now)
 {
-    if (facts.reboot && !facts.isDeveloper)
+    if (isBeyondAnswering(facts))
     {
         return Verdict::Rebooting;
     }

@@ -34,6 +34,10 @@ struct BusView
 /// after a script had to start it.
 bool isAvailable(const DeviceFacts& facts, const std::string& name, bool isListed, double now);
 
+/// Whether the supervisor has ordered the reboot: it never answers again, and is not to be waited
+/// for.
+bool isBeyondAnswering(const DeviceFacts& facts);
+
 /// Judges by the records where they tell the state, else by the bus.
 /// Units: now in seconds of the monotonic clock.
 Verdict verdictOf(const DeviceFacts& facts, const BusView& bus, double now);

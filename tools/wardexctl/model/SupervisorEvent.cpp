@@ -21,7 +21,7 @@ struct KnownText
     std::string_view after;
 };
 
-constexpr std::array<KnownText, 19> kTexts = {{
+constexpr std::array<KnownText, 21> kTexts = {{
     {Kind::Started, "wardex: supervision activity starting, Bello the watchdog, is unfused ...",
      ""},
     {Kind::StartedDeveloper, "wardex starting in developer mode", ""},
@@ -45,6 +45,8 @@ constexpr std::array<KnownText, 19> kTexts = {{
      ""},
     {Kind::Grace, "setServicePingTimeoutOneShot: restartTimer(", ")"},
     {Kind::Unfed, "Bello is dead!!!", ""},
+    {Kind::CameToBus, "DBus service ", " available"},
+    {Kind::LeftBus, "DBus Service ", " unavailable"},
     {Kind::MaskChanged, "Applying new log configuration: mask(0x", ""},
 }};
 

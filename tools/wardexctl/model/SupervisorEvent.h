@@ -37,7 +37,9 @@ struct SupervisorEvent
         SystemRestart,         ///< the reboot itself
         SystemRestartDisabled, ///< developer mode, only the first time
         Grace,                 ///< name, milliseconds: its pings come in that interval
-        Unfed                  ///< the watchdog could not be fed
+        Unfed,                 ///< the watchdog could not be fed
+        CameToBus,             ///< name
+        LeftBus                ///< name
     };
 
     Kind kind{Kind::None};

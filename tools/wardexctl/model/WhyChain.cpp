@@ -25,13 +25,20 @@ struct TimedEvent
     SupervisorEvent event;
 };
 
+/// The bus's own news only repeat what the machines make of them.
+bool isStep(Kind kind)
+{
+    return kind != Kind::None && kind != Kind::MaskChanged && kind != Kind::Grace &&
+           kind != Kind::CameToBus && kind != Kind::LeftBus;
+}
+
 std::vector<TimedEvent> eventsOf(const std::vector<ReadRecord>& records)
 {
     std::vector<TimedEvent> events;
     for (const ReadRecord& record : records)
     {
         const SupervisorEvent event = supervisorEvent(record);
-        if (event.kind != Kind::None && event.kind != Kind::MaskChanged)
+        if (isStep(event.kind))
         {
             events.push_back({record.seconds(), record.pid, record.level, event});
         }
@@ -135,8 +142,7 @@ bool concerns(const SupervisorEvent& event, const SupervisorEvent& end)
     case Kind::ServiceEntry:
     case Kind::PingFailed:
     case Kind::NotRegistered:
-        return isServiceRestart({0, "", "", end}, event.name) || isReboot(end.kind) ||
-               isPackageRestart(end.kind);
+        return isServiceRestart({0, "", "", end}, event.name) || isPackageRestart(end.kind);
     case Kind::ServiceDown:
     case Kind::Family:
     case Kind::NoFamily:
@@ -153,6 +159,30 @@ bool concerns(const SupervisorEvent& event, const SupervisorEvent& end)
     default:
         return true;
     }
+}
+
+/// Of the minutes before a reboot only what weighs is told, or it would be hundreds of steps.
+bool weighs(Kind kind)
+{
+    switch (kind)
+    {
+    case Kind::Started:
+    case Kind::StartedDeveloper:
+    case Kind::SystemEntry:
+    case Kind::ServiceIsDown:
+    case Kind::ConsideredDead:
+    case Kind::DeadDisabled:
+    case Kind::Unfed:
+        return true;
+    default:
+        return isPackageRestart(kind) || isReboot(kind);
+    }
+}
+
+bool comesOften(Kind kind)
+{
+    return kind == Kind::ServiceIsDown || kind == Kind::ConsideredDead ||
+           kind == Kind::DeadDisabled || kind == Kind::Unfed;
 }
 
 std::string seconds(unsigned ticks)
@@ -282,6 +312,39 @@ WhyStep stepOf(const TimedEvent& timed)
     return step;
 }
 
+/// Counts a step to the same one since the device's last step; false when there is none.
+bool isRepeated(std::vector<WhyStep>& steps, std::size_t stretch, const WhyStep& step)
+{
+    const auto same =
+        std::find_if(steps.begin() + static_cast<std::ptrdiff_t>(stretch), steps.end(),
+                     [&](const WhyStep& each) { return each.what == step.what; });
+    if (same == steps.end())
+    {
+        return false;
+    }
+    ++same->times;
+    return true;
+}
+
+/// Puts a step to the chain of a reboot.
+void addShortened(WhyChain& chain, const TimedEvent& timed, std::size_t& stretch)
+{
+    if (!weighs(timed.event.kind))
+    {
+        return;
+    }
+    const WhyStep step = stepOf(timed);
+    if (!comesOften(timed.event.kind))
+    {
+        chain.steps.push_back(step);
+        stretch = chain.steps.size();
+    }
+    else if (!isRepeated(chain.steps, stretch, step))
+    {
+        chain.steps.push_back(step);
+    }
+}
+
 } // namespace
 
 WhyChain whyChain(const std::vector<ReadRecord>& records, const std::string& busName)
@@ -297,10 +360,15 @@ WhyChain whyChain(const std::vector<ReadRecord>& records, const std::string& bus
     const std::size_t end = events.size() - 1 - static_cast<std::size_t>(last - events.rbegin());
     chain.title = titleOf(events[end].event);
     chain.pid = events[end].pid;
+    std::size_t stretch = 0;
     for (std::size_t index = beginOf(events, end, chain.isWhole); index <= end; ++index)
     {
         chain.isTraceSeen = chain.isTraceSeen || events[index].level == "TRACE";
-        if (concerns(events[index].event, events[end].event))
+        if (isReboot(events[end].event.kind))
+        {
+            addShortened(chain, events[index], stretch);
+        }
+        else if (concerns(events[index].event, events[end].event))
         {
             chain.steps.push_back(stepOf(events[index]));
         }

@@ -14,6 +14,7 @@ struct WhyStep
     double time{0}; ///< seconds of the monotonic clock
     std::string what;
     std::string rule; ///< the rule of supervision that fired; empty for a mere observation
+    int times{1};     ///< so often until the device's next step; of a reboot only
 };
 
 /// The chain of events behind the last restart of a service, package restart or reboot.

@@ -1,16 +1,15 @@
 #include "verbs/StateVerbs.h"
 
-#include "DevicePaths.h"
 #include "log/StoredLog.h"
 #include "model/DeviceModel.h"
+#include "model/Outlook.h"
 #include "model/ServiceNames.h"
 #include "model/WhyChain.h"
 #include "output/ExitStatus.h"
 #include "output/Json.h"
+#include "verbs/DeveloperMarker.h"
 #include "verbs/ServiceVerbs.h"
 #include "verbs/StatusView.h"
-
-#include <QFile>
 
 #include <algorithm>
 
@@ -21,15 +20,8 @@ namespace
 {
 
 constexpr std::size_t kLastRecords = 10;
-
-bool isMarked()
-{
-    const auto canBeRead = [](const char* path)
-    {
-        return QFile::exists(QLatin1String(path));
-    };
-    return canBeRead(kDeveloperMarker) || canBeRead(kPersistentDeveloperMarker);
-}
+/// An answer that takes longer is old news when it comes.
+constexpr double kLongSeconds = 0.5;
 
 bool mentions(const ReadRecord& record, const std::string& busName)
 {
@@ -52,18 +44,11 @@ std::vector<ReadRecord> lastOf(const std::vector<ReadRecord>& records, const std
     return last;
 }
 
-StatusView gather(const Output& output, const std::string& busName)
+/// Answers false without the log.
+bool readLog(StatusView& view, StoredLog& log)
 {
-    StatusView view;
-    view.only = busName;
-    view.overview = askForServices();
-    StoredLog log;
     const auto stored = log.read();
     view.hasLog = stored.has_value();
-    if (!stored)
-    {
-        output.problem(log.problem());
-    }
     const std::vector<ReadRecord> records =
         readRecords(stored.value_or(std::vector<std::string>()));
     DeviceModel model;
@@ -73,9 +58,31 @@ StatusView gather(const Output& output, const std::string& busName)
     }
     view.facts = model.facts();
     // The supervisor looked at its start; the files only tell when the log no longer does.
-    view.isDeveloper = view.facts.started ? view.facts.isDeveloper : isMarked();
+    view.isDeveloper = view.facts.started ? view.facts.isDeveloper : isDeveloperMarked();
     view.facts.isDeveloper = view.isDeveloper;
-    view.records = lastOf(records, busName);
+    view.records = lastOf(records, view.only);
+    return view.hasLog;
+}
+
+StatusView gather(const Output& output, const std::string& busName)
+{
+    StatusView view;
+    view.only = busName;
+    StoredLog log;
+    if (!readLog(view, log))
+    {
+        output.problem(log.problem());
+    }
+    if (!isBeyondAnswering(view.facts))
+    {
+        const DeviceClock asked = DeviceClock::now();
+        view.overview = askForServices();
+        // What it did meanwhile belongs to the picture.
+        if (view.hasLog && DeviceClock::now().age(asked.monotonic) > kLongSeconds)
+        {
+            (void)readLog(view, log);
+        }
+    }
     view.clock = DeviceClock::now();
     return view;
 }
@@ -105,6 +112,7 @@ QJsonObject jsonOf(const WhyChain& chain, const DeviceClock& clock)
         steps.append(QJsonObject{{"time", jsonText(clock.isoText(step.time))},
                                  {"age", clock.age(step.time)},
                                  {"what", jsonText(step.what)},
+                                 {"times", step.times},
                                  {"rule", jsonTextOrNull(step.rule)}});
     }
     QJsonObject json = ctl::jsonOf("why");
@@ -125,7 +133,8 @@ void showChain(const Output& output, const WhyChain& chain, const DeviceClock& c
     }
     for (const WhyStep& step : chain.steps)
     {
-        output.line(clock.timeText(step.time) + "  " + step.what);
+        output.line(clock.timeText(step.time) + "  " + step.what +
+                    (step.times > 1 ? " (" + std::to_string(step.times) + " times)" : ""));
         if (!step.rule.empty())
         {
             output.line(output.tone(Tone::Faint, "                rule: " + step.rule));

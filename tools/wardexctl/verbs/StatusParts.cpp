@@ -75,8 +75,9 @@ std::string columns(const std::string& name, const std::string& level, const std
 StyledLine statusHeadline(const StatusView& view)
 {
     const std::string family = view.facts.family.empty() ? "not in the log" : view.facts.family;
-    std::string supervisor = view.overview.answer.isAnswered() ? "answers" : "does not answer";
-    if (view.facts.started)
+    const bool isAnswering = view.overview.answer.isAnswered();
+    std::string supervisor = isAnswering ? "answers" : "does not answer";
+    if (isAnswering && view.facts.started)
     {
         supervisor += ", started " + durationText(view.clock.age(*view.facts.started)) + " ago";
     }
