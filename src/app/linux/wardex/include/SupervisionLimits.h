@@ -25,6 +25,10 @@ inline constexpr int kDownBadPingThreshold = 1;
 /// that the boot configuration gives the watchdog.
 inline constexpr int kSystemTickMs = 1000;
 
+/// ms. How long the bus may take to give the supervisor its name, while the whole device starts.
+/// The watchdog is not armed yet.
+inline constexpr int kBusPatienceMs = 5000;
+
 /// Ticks that the device may take to become stable after power-on or a package restart; it is
 /// unstable on the next one.
 inline constexpr std::uint32_t kStartingTickLimit = 5;

@@ -2,13 +2,19 @@
 
 #include "RunLevel.h"
 #include "ServiceInfo.h"
+#include "SupervisionLimits.h"
 #include "SuprSM.h"
 #include "dbus-proxy/BusNames.h"
+#include "dbus-proxy/BusWait.h"
 #include "dbus-proxy/WardexAdapter.h"
 #include "logger/RedisLogger.h"
 
 #include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCall>
 #include <QDBusServiceWatcher>
+
+#include <chrono>
 
 namespace orvo
 {
@@ -21,20 +27,50 @@ constexpr std::int32_t kTimerRestartFailed = 400004;
 constexpr std::int32_t kStartFailed = 400006;
 constexpr std::int32_t kStopFailed = 400007;
 
+// What the bus knows about owning a name.
+constexpr unsigned kDoNotQueue = 4;
+constexpr unsigned kPrimaryOwner = 1;
+constexpr unsigned kAlreadyOwner = 4;
+
+/// The eyes on vistor's name. Without a bus they see nothing: the bus library aborts the process
+/// that wants to watch a name over a connection that has ended.
+QDBusServiceWatcher* watchVistor(QObject* parent)
+{
+    const QDBusConnection bus = QDBusConnection::systemBus();
+    if (!bus.isConnected())
+    {
+        return new QDBusServiceWatcher(parent);
+    }
+    return new QDBusServiceWatcher(QLatin1String(kVistorBusName), bus,
+                                   QDBusServiceWatcher::WatchForRegistration |
+                                       QDBusServiceWatcher::WatchForUnregistration,
+                                   parent);
+}
+
+/// Takes a name on the bus; false also when the bus does not answer in time, or ends meanwhile.
+bool takeName(const QDBusConnection& bus, const char* name)
+{
+    QDBusMessage request = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("RequestName"));
+    request << QString::fromLatin1(name) << kDoNotQueue;
+    const QDBusMessage answer =
+        waitForReply(bus.asyncCall(request), bus, std::chrono::milliseconds(kBusPatienceMs));
+    const unsigned ownership = answer.arguments().value(0).toUInt();
+    return answer.type() == QDBusMessage::ReplyMessage &&
+           (ownership == kPrimaryOwner || ownership == kAlreadyOwner);
+}
+
 } // namespace
 
 DbusCmd::DbusCmd(ServiceInfo* serviceInfo, Logger::RedisLogger* logger)
-    : m_logger(logger), m_serviceInfo(serviceInfo),
-      m_watcher(new QDBusServiceWatcher(QLatin1String(kVistorBusName), QDBusConnection::systemBus(),
-                                        QDBusServiceWatcher::WatchForRegistration |
-                                            QDBusServiceWatcher::WatchForUnregistration,
-                                        this)),
+    : m_logger(logger), m_serviceInfo(serviceInfo), m_watcher(watchVistor(this)),
       m_serviceAction(serviceInfo, logger)
 {
     new WardexAdapter(this); // a child: it goes with this object
 
     QDBusConnection bus = QDBusConnection::systemBus();
-    if (!bus.registerService(QLatin1String(kWardexBusName)))
+    if (!takeName(bus, kWardexBusName))
     {
         m_logger->log(Logger::ERROR, "Could not register DBus service %s", kWardexBusName);
     }

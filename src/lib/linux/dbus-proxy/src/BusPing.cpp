@@ -1,5 +1,6 @@
 #include "BusPing.h"
 
+#include "dbus-proxy/BusWait.h"
 #include "dbus-proxy/ErrorStatus.h"
 
 #include <QDBusAbstractInterface>
@@ -8,9 +9,7 @@
 #include <QDBusPendingCall>
 #include <QDBusReply>
 
-#include <algorithm>
 #include <chrono>
-#include <thread>
 
 namespace orvo
 {
@@ -18,38 +17,9 @@ namespace orvo
 namespace
 {
 
-/// Between two looks for the answer: a healthy service answers within the first few, which only
-/// look for it, and a hung one is not worth the processor time of its whole time-out.
-constexpr std::chrono::microseconds kFirstLookInterval{250};
-constexpr std::chrono::microseconds kLongestLookInterval{8000};
-
 /// The bus library's own time-out comes up to a twentieth early; the call is given this many times
 /// the service's, and the end of the wait is told by the clock.
 constexpr int kLibraryTimeoutFactor = 2;
-
-/// The reply to a call, or an invalid message when time is up or the bus has ended.
-///
-/// Qt's own blocking call never returns when the bus crashes while it waits: the time-out ends with
-/// the connection. It would hold the supervisor until the watchdog resets the device.
-QDBusMessage waitForReply(const QDBusPendingCall& call, const QDBusConnection& bus,
-                          std::chrono::milliseconds timeout)
-{
-    using Clock = std::chrono::steady_clock;
-    const Clock::time_point end = Clock::now() + timeout;
-    Clock::duration interval = kFirstLookInterval;
-    while (!call.isFinished())
-    {
-        const Clock::time_point now = Clock::now();
-        const bool isLate = interval == kLongestLookInterval;
-        if (now >= end || (isLate && !bus.isConnected()))
-        {
-            return {};
-        }
-        std::this_thread::sleep_for(std::min(interval, end - now));
-        interval = std::min<Clock::duration>(2 * interval, kLongestLookInterval);
-    }
-    return call.reply();
-}
 
 /// Sends the call through the proxy, whose names were checked when it was made.
 QDBusPendingCall startPing(QDBusAbstractInterface& proxy)

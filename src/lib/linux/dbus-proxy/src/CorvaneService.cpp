@@ -1,6 +1,7 @@
 #include "dbus-proxy/CorvaneService.h"
 
 #include "BusPing.h"
+#include "ProxyMaker.h"
 #include "dbus-proxy/PingLimits.h"
 
 #include "dbus-proxy/BusNames.h"
@@ -11,8 +12,7 @@ namespace orvo
 
 CorvaneService::CorvaneService(const QString& shortName, const QString& initScript)
     : Service(shortName, kCorvanePingTimeoutMs, initScript),
-      m_proxy(new CorvaneProxy(QLatin1String(kVistorBusName), QLatin1String(kBusObjectPath),
-                               QDBusConnection::systemBus()))
+      m_proxy(makeProxy<CorvaneProxy>(kVistorBusName))
 {
     m_proxy->setTimeout(kCorvanePingTimeoutMs);
 }

@@ -1,6 +1,7 @@
 #include "dbus-proxy/PictorService.h"
 
 #include "BusPing.h"
+#include "ProxyMaker.h"
 #include "dbus-proxy/PingLimits.h"
 
 #include "dbus-proxy/BusNames.h"
@@ -11,8 +12,7 @@ namespace orvo
 
 PictorService::PictorService(const QString& shortName, const QString& initScript)
     : Service(shortName, kPictorPingTimeoutMs, initScript),
-      m_proxy(new PictorProxy(QLatin1String(kPictorBusName), QLatin1String(kBusObjectPath),
-                              QDBusConnection::systemBus()))
+      m_proxy(makeProxy<PictorProxy>(kPictorBusName))
 {
     m_proxy->setTimeout(kPictorPingTimeoutMs);
 }

@@ -1,6 +1,7 @@
 #include "dbus-proxy/WIRLService.h"
 
 #include "BusPing.h"
+#include "ProxyMaker.h"
 #include "dbus-proxy/PingLimits.h"
 
 #include "dbus-proxy/BusNames.h"
@@ -11,8 +12,7 @@ namespace orvo
 
 WIRLService::WIRLService(const QString& shortName, const QString& initScript)
     : Service(shortName, kWirlPingTimeoutMs, initScript),
-      m_proxy(new WirlProxy(QLatin1String(kWirlBusName), QLatin1String(kBusObjectPath),
-                            QDBusConnection::systemBus()))
+      m_proxy(makeProxy<WirlProxy>(kWirlBusName))
 {
     m_proxy->setTimeout(kWirlPingTimeoutMs);
 }
