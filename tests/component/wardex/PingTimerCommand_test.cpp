@@ -1,10 +1,16 @@
 #include "SupervisorOnTheBus.h"
 
+#include "ProcessTables.h"
 #include "SuprSM.h"
 #include "SuprSMSystem.h"
+#include "SuprState.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <QTimer>
+
+#include <climits>
 
 namespace orvo
 {
@@ -82,11 +88,25 @@ TEST_F(PingTimerCommand, LeavesOtherServicesAlone)
     EXPECT_EQ(0, answers().pings);
 }
 
-TEST_F(PingTimerCommand, MayStopThePingsOfTheState)
+TEST_F(PingTimerCommand, IsRefusedWhenItWouldEndThePings)
 {
-    EXPECT_EQ(0, codeOf(call("setServicePingTimeoutOneShot", {m_name, -1})));
+    EXPECT_EQ(400004, codeOf(call("setServicePingTimeoutOneShot", {m_name, -1})));
     EXPECT_THAT(m_device.lines(),
-                Contains(line("TRACE setServicePingTimeoutOneShot: restartTimer(%1, -1)")));
+                Contains(line("WARN setServicePingTimeoutOneShot: restartTimer(%1, -1) failed !")));
+}
+
+TEST_F(PingTimerCommand, LeavesTheTimerAsItWasWhenItIsRefused)
+{
+    const QTimer* timer = g_activeStates.at(m_name)->findChild<QTimer*>();
+    EXPECT_EQ(400004, codeOf(call("setServicePingTimeoutOneShot", {m_name, INT_MIN})));
+    EXPECT_EQ(kNeverInThisTest, timer->interval());
+    EXPECT_LT(0, timer->remainingTime());
+}
+
+TEST_F(PingTimerCommand, TakesZeroForAPingAtOnce)
+{
+    EXPECT_EQ(0, codeOf(call("setServicePingTimeoutOneShot", {m_name, 0})));
+    EXPECT_TRUE(runUntil([] { return answers().pings > 0; }));
 }
 
 TEST_F(PingTimerCommand, IsToldToTheMachineWhenTheNameAppears)

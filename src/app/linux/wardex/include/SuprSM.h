@@ -56,10 +56,10 @@ public:
     [[nodiscard]] bool transition(SuprState* newState);
 
     /// Starts the ping timer of the service's current state again with another interval, which
-    /// holds until that state is left. False when no state is active under that name.
+    /// holds until that state is left. False, and the timer goes on as it was, when no state is
+    /// active under that name or the interval is negative.
     ///
-    /// Units:  ms; 0 = every pass of the event loop; a negative one never fires, so that the
-    ///         service is not pinged again in this state.
+    /// Units:  ms; 0 = every pass of the event loop.
     [[nodiscard]] static bool restartTimer(const QString& name, int intervalMs);
 
     /// Tells the service's current state that the name appeared on the bus; only logged.

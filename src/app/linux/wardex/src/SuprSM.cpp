@@ -31,7 +31,8 @@ bool SuprSM::transition(SuprState* newState)
 bool SuprSM::restartTimer(const QString& name, int intervalMs)
 {
     const auto active = g_activeStates.find(name);
-    if (active == g_activeStates.end())
+    // A timer cannot be started with a negative interval: the service would not be pinged any more.
+    if (active == g_activeStates.end() || intervalMs < 0)
     {
         return false;
     }
