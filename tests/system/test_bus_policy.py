@@ -5,6 +5,7 @@ The callers are real users outside the box, who connect to the device's bus thro
 
 import os
 import re
+import shutil
 import subprocess
 import sys
 from pathlib import Path
@@ -52,6 +53,14 @@ class Caller:
             (*self.become, *words), capture_output=True, text=True, check=False
         )
         return outcome.stdout + outcome.stderr
+
+    def ctl(self, program, *words):
+        """The operator's command: its exit status, and the lines of both outputs."""
+        bus = f"DBUS_SYSTEM_BUS_ADDRESS={self.address}"
+        outcome = subprocess.run(
+            (*self.become, "env", bus, program, *words), capture_output=True, text=True, check=False
+        )
+        return outcome.returncode, (outcome.stdout + outcome.stderr).splitlines()
 
     def send(self, destination, path, method, *arguments):
         """Calls any object's method."""
@@ -159,6 +168,27 @@ def test_everybody_sees_the_interface_and_nobody_else_reaches_other_objects(devi
     said = stranger.call("Introspect", interface="org.freedesktop.DBus.Introspectable")
     assert "signalServiceAvailability" in said
     assert DENIED in stranger.send("com.orvo.wardex", "/other", "com.orvo.wardex.doPing")
+
+
+def test_operators_command_tells_who_may_not_act(device):
+    # Other users cannot run what lies in root's closed home.
+    program = device.instance.folder.parent / "wardexctl"
+    shutil.copy(f"{os.environ['WARDEX_BIN']}/wardexctl", program)
+    stranger = Caller(device, STRANGER, OTHER_GROUP)
+    device.await_stable()
+    assert stranger.ctl(program, "is-up", "wirl") == (0, ["wirl is up"])
+    for words in (
+        *(("start", "wirl"), ("stop", "wirl"), ("restart", "wirl"), ("grace", "pictor", "30s")),
+        *(("start", "wirl", "--no-wait"), ("restart", "wirl", "--no-wait")),
+    ):
+        status, lines = stranger.ctl(program, *words)
+        assert status == 1
+        assert lines[0].startswith("wardexctl: com.orvo.wardex: the call was refused (")
+        assert lines[1:] == ["  Be root, or see the bus policy: wardexctl doctor tells."]
+    assert device.calls() == []
+    member = Caller(device, MEMBER, f"{OTHER_GROUP},{GROUP}")
+    assert member.ctl(program, "stop", "wirl")[0] == 0
+    assert device.calls() == ["10_wirl stop begin", "10_wirl stop end 0"]
 
 
 def test_only_root_owns_the_name(device):

@@ -118,6 +118,25 @@ def test_long_script_shows_that_it_is_waited_for(stable):
     assert re.fullmatch(r"wirl was stopped, [1-9].* s, status 0", lines[1])
 
 
+def test_script_that_is_not_waited_for_goes_on(stable):
+    stable.knob("10_wirl", "stop", "delay 2000")
+    assert ctl(stable, "stop", "wirl", "--no-wait") == (UP, ["asked to stop wirl"])
+    assert stable.calls() == ["10_wirl stop begin"]
+    stable.await_true(lambda: "10_wirl stop end 0" in stable.calls(), "the script's end")
+    assert ask(stable, "start", "wirl", "--no-wait")[1]["done"] is None
+    stable.await_true(lambda: "10_wirl restart end 0" in stable.calls(), "the script's end")
+
+
+def test_deed_that_is_not_waited_for_needs_a_supervisor_that_answers(boot):
+    camera = boot(developer=True)
+    camera.await_stable()
+    camera.supervisor("stop")
+    status, lines = ctl(camera, "start", "wirl", "--no-wait")
+    assert (status, lines[0]) == (SILENT, "waiting for the supervisor ...")
+    assert lines[1].startswith("wardexctl: com.orvo.wardex: the supervisor does not answer (")
+    assert lines[2] == "  It hangs, or waits for a script: wardexctl log shows its last records."
+
+
 def test_grace_holds_the_next_ping_back(stable):
     before = len(stable.pings("pictor"))
     status, lines = ctl(stable, "grace", "pictor", "10m")

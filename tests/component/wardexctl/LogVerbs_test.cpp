@@ -1,5 +1,6 @@
 #include "ChildProcess.h"
 #include "Eventually.h"
+#include "FileDescriptor.h"
 #include "RedisClient.h"
 #include "RedisServer.h"
 #include "logger/LogDefaults.h"
@@ -8,8 +9,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <fstream>
 #include <sstream>
+
+#include <sys/timerfd.h>
+#include <time.h>
+#include <unistd.h>
 
 namespace orvo::ctl
 {
@@ -19,6 +25,33 @@ using test::eventually;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+
+/// The beat at which a device writes; what was late is made up for.
+class Beat
+{
+public:
+    explicit Beat(std::chrono::milliseconds period)
+    {
+        const auto nanoseconds = std::chrono::nanoseconds(period).count();
+        const timespec time{0, static_cast<long>(nanoseconds)};
+        const itimerspec beats{time, time};
+        EXPECT_EQ(0, timerfd_settime(m_timer.get(), 0, &beats, nullptr));
+    }
+
+    void await()
+    {
+        std::uint64_t passed = 0;
+        while (m_due == 0 && ::read(m_timer.get(), &passed, sizeof passed) == sizeof passed)
+        {
+            m_due = passed;
+        }
+        --m_due;
+    }
+
+private:
+    FileDescriptor m_timer{timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC)};
+    std::uint64_t m_due{0};
+};
 
 class LogVerbs : public testing::Test
 {
@@ -137,6 +170,30 @@ TEST_F(LogVerbs, FollowsWithoutGapOrDoubleWhileRecordsCome)
         ASSERT_EQ(std::to_string(number), shown[static_cast<std::size_t>(number)]);
     }
     EXPECT_TRUE(follower.isRunning());
+}
+
+TEST_F(LogVerbs, FollowsTwoThousandRecordsASecond)
+{
+    constexpr int kBeats = 800;
+    constexpr int kRecordsOfABeat = 10;
+    constexpr int kRecords = kBeats * kRecordsOfABeat;
+    const ChildProcess follower(command({"log", "-f"}), kOutput);
+    Beat beat(std::chrono::milliseconds(5));
+    for (int number = 0; number < kRecords; ++number)
+    {
+        if (number % kRecordsOfABeat == 0)
+        {
+            beat.await();
+        }
+        write(std::to_string(number));
+    }
+    ASSERT_TRUE(eventually([&] { return messages().size() >= kRecords; }, kBoundMs));
+    const std::vector<std::string> shown = messages();
+    ASSERT_EQ(static_cast<std::size_t>(kRecords), shown.size());
+    for (int number = 0; number < kRecords; ++number)
+    {
+        ASSERT_EQ(std::to_string(number), shown[static_cast<std::size_t>(number)]);
+    }
 }
 
 TEST_F(LogVerbs, FollowingFiltersWhatComesToo)

@@ -133,21 +133,11 @@ BusAnswer SupervisorClient::call(const QString& method, const QVariantList& argu
 
 BusAnswer SupervisorClient::send(const QString& method, const QVariantList& arguments)
 {
-    const QDBusConnection bus = QDBusConnection::systemBus();
-    if (!bus.isConnected())
+    BusAnswer answer = call(method, arguments, kRefusalMs);
+    if (answer.kind == BusAnswer::Kind::TimedOut)
     {
-        return failure(BusAnswer::Kind::NoBus, bus.lastError().message());
+        answer.kind = BusAnswer::Kind::Answered;
     }
-    if (!bus.interface()->isServiceRegistered(QLatin1String(kWardexBusName)))
-    {
-        return failure(BusAnswer::Kind::NoSupervisor, "nobody owns the name");
-    }
-    QDBusMessage call = message(method, arguments);
-    // A call without a wish for an answer can be refused without a word, so an answer is wished for
-    // and not waited for: the bus has taken the call when it was handed over.
-    (void)bus.asyncCall(call);
-    BusAnswer answer;
-    answer.kind = BusAnswer::Kind::Answered;
     return answer;
 }
 

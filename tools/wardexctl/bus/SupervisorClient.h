@@ -47,11 +47,15 @@ public:
     /// A script may take minutes; the bus allows no call without a bound.
     static constexpr int kScriptTimeoutMs = 15 * 60 * 1000;
 
+    /// The bus refuses at once; only what the supervisor does itself takes longer.
+    static constexpr int kRefusalMs = 500;
+
     /// what: for the progress line.
     [[nodiscard]] static BusAnswer call(const QString& method, const QVariantList& arguments = {},
                                         int timeoutMs = kTimeoutMs,
                                         const std::string& what = "waiting for the supervisor");
-    /// Sends a call and does not wait for its answer; false when there is no bus or no supervisor.
+    /// Sends a call and waits only for its refusal; one that lasts counts as answered, without
+    /// values. It goes on when its caller has ended.
     [[nodiscard]] static BusAnswer send(const QString& method, const QVariantList& arguments);
 
     /// What a call that was not answered means, and what to do.
