@@ -147,6 +147,7 @@ TEST_F(LogVerbs, LeavesTheLogAsItIs)
     run({"log"});
     run({"loglevel"});
     run({"why"});
+    run({"timeline"});
     EXPECT_EQ(1, m_device.getLogEntryCount());
 }
 
@@ -241,7 +242,7 @@ TEST_F(LogVerbs, FollowingEndsByInterrupt)
 TEST_F(LogVerbs, TellsThatRedisDoesNotAnswer)
 {
     m_cache.stop();
-    for (const char* verb : {"log", "why", "loglevel"})
+    for (const char* verb : {"log", "why", "loglevel", "timeline"})
     {
         EXPECT_EQ(6, run({verb})) << verb;
         EXPECT_THAT(output(), HasSubstr("wardexctl: /tmp/redis-cache.sock: Redis does not answer "

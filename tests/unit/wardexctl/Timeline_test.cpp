@@ -129,11 +129,12 @@ TEST_F(TimelineTest, MaskedStatesAreUnknownFromThenOn)
     m_story.says(40, "WARN", "Applying new log configuration: mask(0xff), maxEntries(1)");
     m_story.traces(50, "SuprStableSystem::exit").traces(50, "SuprUnstableSystem::entry");
     const Timeline shown = timeline();
-    EXPECT_THAT(spansOf(shown), ElementsAre("starting 8-10", "stable 10-30",
-                                            "unknown 30-50: TRACE was masked", "unstable 50-60"));
+    EXPECT_THAT(spansOf(shown),
+                ElementsAre("starting 8-10", "stable 10-30", "unknown 30-40: TRACE was masked",
+                            "unknown 40-50: no record told yet", "unstable 50-60"));
     EXPECT_THAT(spansOf(shown, kPictorBusName),
-                ElementsAre("starting 8-10", "up 10-30", "unknown 30-50: TRACE was masked",
-                            "unknown 50-60: no record told yet"));
+                ElementsAre("starting 8-10", "up 10-30", "unknown 30-40: TRACE was masked",
+                            "unknown 40-60: no record told yet"));
 }
 
 TEST_F(TimelineTest, DefaultMaskTellsActionsOnly)

@@ -70,6 +70,8 @@ struct Timeline
     double begin{0};
     double end{0}; ///< the present
     bool isDeveloper{false};
+    bool isMasked{false};                ///< TRACE, at the end, so that states are unknown
+    bool isSilent{false};                ///< the supervisor, at the end
     bool isTraceSeen{false};             ///< the states are told at the end
     std::size_t earlier{0};              ///< records of an earlier life of the device, left out
     std::vector<TimelineLane> lanes;     ///< the device first

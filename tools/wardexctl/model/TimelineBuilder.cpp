@@ -1,5 +1,6 @@
 #include "model/TimelineBuilder.h"
 
+#include "logger/RedisLogger.h"
 #include "model/Periods.h"
 #include "model/ServiceNames.h"
 
@@ -183,7 +184,7 @@ void TimelineBuilder::push(TimelineAction::Kind kind, double time, const std::st
 void TimelineBuilder::sampleAll(double time)
 {
     const DeviceFacts& facts = m_model.facts();
-    const std::string why = facts.isTraceSeen ? kUntold : kMasked;
+    const std::string why = isMasked() ? kMasked : kUntold;
     for (const auto& [name, service] : facts.services)
     {
         (void)laneOf(name);
@@ -243,6 +244,12 @@ TimelineLane& TimelineBuilder::laneOf(const std::string& name)
     return m_timeline.lanes.back();
 }
 
+bool TimelineBuilder::isMasked() const
+{
+    const DeviceFacts& facts = m_model.facts();
+    return !facts.isTraceSeen && (!facts.mask || (*facts.mask & Logger::TRACE) == 0);
+}
+
 bool TimelineBuilder::isDeveloper() const
 {
     return m_model.facts().started ? m_model.facts().isDeveloper : m_window.isMarked;
@@ -280,6 +287,8 @@ Timeline TimelineBuilder::finish()
     m_timeline.begin = begin;
     m_timeline.end = now;
     m_timeline.isDeveloper = isDeveloper();
+    m_timeline.isMasked = m_isBegun && isMasked();
+    m_timeline.isSilent = !m_window.isAnswering && !isRebooting;
     m_timeline.isTraceSeen = m_model.facts().isTraceSeen;
     return m_timeline;
 }

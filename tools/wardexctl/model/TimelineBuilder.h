@@ -34,6 +34,7 @@ private:
     void sample(TimelineLane& lane, Health health, const std::string& why, double time);
     void forget(TimelineLane& lane, const std::string& why);
     TimelineLane& laneOf(const std::string& name);
+    [[nodiscard]] bool isMasked() const;
     [[nodiscard]] bool isDeveloper() const;
     [[nodiscard]] Health deviceHealth() const;
     void cut(TimelineLane& lane, double begin) const;

@@ -236,7 +236,8 @@ private:
         if (actions.size() > room)
         {
             first = actions.size() - room;
-            add(std::to_string(first) + " earlier actions: --json, -o FILE.svg, or --since");
+            add(fitted(std::to_string(first) + " earlier actions: --json, -o FILE.svg, or --since",
+                       m_width));
         }
         for (std::size_t index = first; index < actions.size(); ++index)
         {

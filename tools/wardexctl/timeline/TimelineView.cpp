@@ -73,15 +73,13 @@ std::vector<std::string> remarksOf(const TimelineView& view)
 {
     const Timeline& timeline = view.timeline;
     std::vector<std::string> remarks;
-    if (!timeline.isTraceSeen && isHidden(timeline))
+    if (timeline.isMasked && isHidden(timeline))
     {
         remarks.emplace_back("States are logged at TRACE, which is masked; to see them from now "
                              "on:");
         remarks.emplace_back("  wardexctl loglevel wardex +TRACE");
     }
-    const auto& spans = timeline.lanes.front().spans;
-    const bool isSilent = spans.back().why.find("does not answer") != std::string::npos;
-    if (isSilent)
+    if (timeline.isSilent)
     {
         remarks.emplace_back("The supervisor does not answer: unknown since its last record.");
     }
