@@ -15,11 +15,6 @@ namespace
 
 constexpr std::size_t kScreenWidth = 79;
 
-QJsonValue secondsOrNull(const std::optional<double>& seconds)
-{
-    return seconds ? QJsonValue(*seconds) : QJsonValue();
-}
-
 QJsonValue wordOrNull(const std::string& word)
 {
     return word.empty() ? QJsonValue() : QJsonValue(QString::fromStdString(word));
@@ -149,8 +144,6 @@ QJsonObject statusJson(const StatusView& view)
     {
         records.append(recordJson(record, view.clock));
     }
-    const std::optional<double> uptime =
-        view.facts.started ? std::optional(view.clock.age(*view.facts.started)) : std::nullopt;
     QJsonObject json = jsonOf("status");
     json["verdict"] = QString::fromStdString(verdictText(view.verdict()));
     json["answers"] = view.overview.answer.isAnswered();
@@ -158,7 +151,8 @@ QJsonObject statusJson(const StatusView& view)
     json["trace"] = view.facts.isTraceSeen;
     json["developer"] = view.isDeveloper;
     json["family"] = wordOrNull(view.facts.family);
-    json["supervisorSeconds"] = secondsOrNull(uptime);
+    json["supervisorSeconds"] =
+        view.facts.started ? QJsonValue(view.clock.age(*view.facts.started)) : QJsonValue();
     json["systemState"] = wordOrNull(view.facts.systemState);
     json["services"] = services;
     json["restarts"] =
