@@ -1,13 +1,15 @@
 find_package(GTest REQUIRED)
 include(GoogleTest)
 
-# wardex_add_test(NAME LABEL unit|component SOURCES ... [LINKS ...] [BOX] [MOC] [TIMEOUT s])
+# wardex_add_test(NAME LABEL unit|component SOURCES ... [LINKS ...] [BOX] [LONG] [MOC] [TIMEOUT s])
 #
 # One test program; each of its claims becomes a test of its own in ctest. With BOX every claim runs
 # in a private box with the device's fixed paths (tests/support/in-box), so that claims can run side
 # by side; exit status 77 there means "cannot be shown on this machine" and ctest says Skipped.
+# With LONG the claims of suites called Long... have the label soak and half an hour. They are about
+# memory: the C library keeps no blocks for a thread's next use, which would count as allocated.
 function(wardex_add_test name)
-    cmake_parse_arguments(ARG "BOX;MOC" "LABEL;TIMEOUT" "SOURCES;LINKS" ${ARGN})
+    cmake_parse_arguments(ARG "BOX;LONG;MOC" "LABEL;TIMEOUT" "SOURCES;LINKS" ${ARGN})
     if(NOT ARG_TIMEOUT)
         set(ARG_TIMEOUT 60)
     endif()
@@ -23,7 +25,15 @@ function(wardex_add_test name)
             ${PROJECT_SOURCE_DIR}/tests/support/in-box)
         list(APPEND properties SKIP_RETURN_CODE 77)
     endif()
-    gtest_discover_tests(${name} TEST_PREFIX "${name}/" PROPERTIES ${properties} DISCOVERY_TIMEOUT 30)
+    set(chosen)
+    if(ARG_LONG)
+        list(APPEND properties ENVIRONMENT GLIBC_TUNABLES=glibc.malloc.tcache_count=0)
+        set(chosen TEST_FILTER -Long*)
+        gtest_discover_tests(${name} TEST_PREFIX "${name}/" TEST_FILTER Long* TEST_LIST ${name}_long
+            PROPERTIES ${properties} LABELS soak TIMEOUT 1800 DISCOVERY_TIMEOUT 30)
+    endif()
+    gtest_discover_tests(${name} TEST_PREFIX "${name}/" ${chosen}
+        PROPERTIES ${properties} DISCOVERY_TIMEOUT 30)
 endfunction()
 
 # wardex_add_pytest(NAME LABEL unit|component|system FOLDER dir [BY_FILE] [TIMEOUT s])
