@@ -33,7 +33,9 @@ class Answer:
 
 
 class Camera(Device):
-    """A device with views on its supervisor. Every await_... fails the claim after BOUND seconds."""
+    """A device with views on its supervisor. Every await_... fails the claim after `bound` seconds."""
+
+    bound = BOUND
 
     # The records.
 
@@ -63,7 +65,7 @@ class Camera(Device):
 
     def await_true(self, condition, what):
         """Waits for a condition; answers what it answers."""
-        return self.wait_for(condition, BOUND, what, STEP)
+        return self.wait_for(condition, self.bound, what, STEP)
 
     def await_stable(self):
         """Waits until both judged services are up."""

@@ -13,6 +13,9 @@ from wardex_desk.firmware import Plan
 from wardex_desk.instance import Instance
 from wardex_desk.namespace_box import NamespaceBox
 
+# By themselves, under words of their own of ./check.
+collect_ignore = ["memcheck", "soak"]
+
 JOURNALS = ("console", "wardex.err", "wardex.out", "watchdog", "scripts", "pings", "records")
 
 
