@@ -21,6 +21,16 @@ if(WARDEX_SANITIZE)
         $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
     target_link_options(wardex_compile_options INTERFACE -fsanitize=${WARDEX_SANITIZE})
 endif()
+if(WARDEX_COVERAGE)
+    # Counted in a file that is mapped, one for all processes of a program: killed ones count, too.
+    # The boxes of the tests show this folder to the programs inside.
+    set(counts ${PROJECT_BINARY_DIR}/counts)
+    file(MAKE_DIRECTORY ${counts})
+    target_compile_options(wardex_compile_options INTERFACE
+        -fcoverage-mapping "SHELL:-mllvm -runtime-counter-relocation"
+        -fprofile-instr-generate=${counts}/%m%c.profraw)
+    target_link_options(wardex_compile_options INTERFACE -fprofile-instr-generate)
+endif()
 
 # wardex_add_library(NAME SOURCES ... [PUBLIC_INCLUDE dir] [LINKS ...] [PRIVATE_LINKS ...] [MOC])
 # MOC: some class carries Q_OBJECT; list its header among the SOURCES.

@@ -45,6 +45,7 @@ class Layout:
             *("--ro-bind", str(SIMULATOR), f"{DESK}/simulator"),
             *("--ro-bind", str(self.programs.peers), f"{DESK}/bin"),
             *("--ro-bind", str(self.programs.supervisor), f"{DESK}/wardex"),
+            *self._counts(),
             *self._own("--bind-try", WATCHDOG_NODE),
             *self._own("--bind", PANIC_SETTING),
             *("--clearenv", "--chdir", "/"),
@@ -53,6 +54,11 @@ class Layout:
 
     def _own(self, option: str, path: str) -> tuple[str, str, str]:
         return (option, str(self.folder / path.lstrip("/")), path)
+
+    def _counts(self) -> tuple[str, ...]:
+        """Where the programs of a build for coverage count, by the path that they were built with."""
+        counts = self.programs.peers.absolute().parent / "counts"
+        return ("--bind", str(counts), str(counts)) if counts.is_dir() else ()
 
     def _merged(self, part: str) -> tuple[str, ...]:
         if (self.folder / part).is_dir():
