@@ -14,7 +14,7 @@ from wardex_desk.instance import Instance
 from wardex_desk.namespace_box import NamespaceBox
 
 # By themselves, under words of their own of ./check.
-collect_ignore = ["memcheck", "soak"]
+collect_ignore = ["memcheck", "soak", "tsan"]
 
 JOURNALS = ("console", "wardex.err", "wardex.out", "watchdog", "scripts", "pings", "records")
 

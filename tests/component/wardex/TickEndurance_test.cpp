@@ -43,7 +43,7 @@ protected:
         m_device.supervise(kVistor);
         m_device.supervise(kPictor);
         // The times of all package restarts are kept for ever, 8 bytes each: meant to grow.
-        g_restartHistory.reserve(2 * static_cast<std::size_t>(GetParam().ticks) / kTicksPerRound);
+        g_restartHistory.reserve(4 * static_cast<std::size_t>(GetParam().ticks) / kTicksPerRound);
     }
 
     /// A thousand ticks: each kind of trouble once, and the peace between. Ends stable.
