@@ -25,7 +25,7 @@ using testing::Not;
 namespace
 {
 
-constexpr char kDead[] = "Service com.orvo.pictor considered dead, restarting";
+constexpr char kStoryDead[] = "Service com.orvo.pictor considered dead, restarting";
 
 /// An element of a picture.
 struct Shape
@@ -92,7 +92,7 @@ protected:
     /// pictor is restarted, then the package, and the device is stable again.
     void tellAStory()
     {
-        m_story.becomesStable().losesPictor().says(25, "WARN", kDead);
+        m_story.becomesStable().losesPictor().says(25, "WARN", kStoryDead);
         m_story.traces(25.5, "SuprDown::exit (com.orvo.pictor)");
         m_story.traces(25.5, "SuprStarting::entry (com.orvo.pictor)").restartsPackage(30);
         m_story.traces(32, "SuprStartingSystem::entry");
@@ -164,7 +164,7 @@ TEST_F(TimelineOutput, ScreenHoldsTheLastActionsAndTellsOfTheOthers)
     tellAStory();
     for (int index = 0; index < 100; ++index)
     {
-        m_story.says(40 + index * 0.05, "WARN", kDead);
+        m_story.says(40 + index * 0.05, "WARN", kStoryDead);
     }
     const auto shown = lines();
     EXPECT_EQ(23U, shown.size());
@@ -182,7 +182,7 @@ TEST_F(TimelineOutput, ColoursFollowTheStates)
 
 TEST_F(TimelineOutput, HiddenStatesNameTheCallThatShowsThem)
 {
-    m_story.starts(8).says(30, "WARN", kDead);
+    m_story.starts(8).says(30, "WARN", kStoryDead);
     const auto shown = lines();
     EXPECT_EQ("device unknown; 1 service restart", shown[0]);
     EXPECT_THAT(shown, Contains("device   " + std::string(70, '.')));
@@ -237,7 +237,7 @@ TEST_F(TimelineOutput, DeveloperModeIsSaidAndItsLettersAreSmall)
 
 TEST_F(TimelineOutput, JsonHasSpansAndActions)
 {
-    m_story.becomesStable().losesPictor().says(25, "WARN", kDead);
+    m_story.becomesStable().losesPictor().says(25, "WARN", kStoryDead);
     m_story.traces(25.5, "SuprDown::exit (com.orvo.pictor)");
     const QJsonObject json = timelineJson(view());
     EXPECT_EQ(1, json["schema"].toInt());

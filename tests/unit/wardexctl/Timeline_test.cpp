@@ -17,7 +17,7 @@ using testing::IsEmpty;
 
 namespace
 {
-constexpr char kDead[] = "Service com.orvo.pictor considered dead, restarting";
+constexpr char kPictorDead[] = "Service com.orvo.pictor considered dead, restarting";
 constexpr char kTooMany[] =
     "Too many restarts(3) detected in last 5 minutes: rebooting whole system ...";
 constexpr char kMaskWithoutTrace[] = "Applying new log configuration: mask(0xf0), maxEntries(1)";
@@ -139,7 +139,7 @@ TEST_F(TimelineTest, MaskedStatesAreUnknownFromThenOn)
 
 TEST_F(TimelineTest, DefaultMaskTellsActionsOnly)
 {
-    m_story.starts(10).says(30, "WARN", kDead).restartsPackage(40);
+    m_story.starts(10).says(30, "WARN", kPictorDead).restartsPackage(40);
     const Timeline shown = timeline();
     EXPECT_THAT(spansOf(shown), ElementsAre("unknown 10-60: TRACE was masked"));
     EXPECT_THAT(actionsOf(shown), ElementsAre("10 the supervisor started",
@@ -189,7 +189,7 @@ TEST_F(TimelineTest, RebootIsKnownWithoutTrace)
 
 TEST_F(TimelineTest, ScriptsLastUntilTheSupervisorsNextRecord)
 {
-    m_story.becomesStable().losesPictor().says(25, "WARN", kDead);
+    m_story.becomesStable().losesPictor().says(25, "WARN", kPictorDead);
     m_story.traces(25.04, "SuprDown::exit (com.orvo.pictor)").restartsPackage(30);
     m_story.traces(33.5, "SuprUnstableSystem::exit").traces(33.5, "SuprStartingSystem::entry");
     EXPECT_THAT(actionsOf(timeline()),
@@ -200,7 +200,7 @@ TEST_F(TimelineTest, ScriptsLastUntilTheSupervisorsNextRecord)
 
 TEST_F(TimelineTest, ScriptOfAFormerSupervisorHasNoLength)
 {
-    m_story.becomesStable().says(25, "WARN", kDead).process(8).starts(40);
+    m_story.becomesStable().says(25, "WARN", kPictorDead).process(8).starts(40);
     EXPECT_THAT(actionsOf(timeline()),
                 ElementsAre("8 the supervisor started", "25 pictor was restarted by its script",
                             "40 the supervisor started"));
@@ -209,7 +209,7 @@ TEST_F(TimelineTest, ScriptOfAFormerSupervisorHasNoLength)
 TEST_F(TimelineTest, DeveloperModeOnlyNotes)
 {
     m_story.startsDeveloper(1).traces(1, "SuprUnstableSystem::entry");
-    m_story.says(5, "WARN", std::string(kDead) + " .... (disabled)");
+    m_story.says(5, "WARN", std::string(kPictorDead) + " .... (disabled)");
     m_story.says(12, "FATAL", "SUPERVISOR would restart mf-optware, but saved via developer mode");
     m_story.traces(12, "SuprUnstableSystem::exit").traces(12, "SuprStartingSystem::entry");
     // The second one is not written down again, and follows from the states.
@@ -262,7 +262,7 @@ TEST_F(TimelineTest, BusTellsWhatOthersDo)
 
 TEST_F(TimelineTest, BusIsSilentAboutTheSupervisorsOwnScripts)
 {
-    m_story.becomesStable().says(20, "WARN", kDead);
+    m_story.becomesStable().says(20, "WARN", kPictorDead);
     m_story.traces(23, "DBus Service com.orvo.pictor unavailable");
     m_story.traces(23.9, "DBus service com.orvo.pictor available");
     m_story.traces(23.9, "DBus Service com.orvo.vistor unavailable");
@@ -282,7 +282,7 @@ TEST_F(TimelineTest, RecordsOfAnEarlierLifeOfTheDeviceAreLeftOut)
 
 TEST_F(TimelineTest, OtherProgramsSayNothing)
 {
-    m_story.becomesStable().says(70000, "WARN", kDead, "pictor");
+    m_story.becomesStable().says(70000, "WARN", kPictorDead, "pictor");
     m_story.says(1, "FATAL", "SuprUnstableSystem::entry", "pictor");
     EXPECT_THAT(spansOf(timeline()), ElementsAre("starting 8-10", "stable 10-60"));
     EXPECT_EQ(0U, timeline().earlier);

@@ -13,7 +13,7 @@ namespace orvo::ctl
 namespace
 {
 
-using Kind = TimelineAction::Kind;
+using ActionKind = TimelineAction::Kind;
 
 /// The clock of another life of the device shows another time.
 constexpr double kSlackSeconds = 1;
@@ -36,24 +36,24 @@ std::string deedText(const TimelineAction& action)
 {
     switch (action.kind)
     {
-    case Kind::SupervisorStart:
+    case ActionKind::SupervisorStart:
         return action.isNoted ? "the supervisor started in developer mode"
                               : "the supervisor started";
-    case Kind::PackageRestart:
+    case ActionKind::PackageRestart:
         return noted("the whole software package was restarted", "package restart", action.isNoted);
-    case Kind::Reboot:
+    case ActionKind::Reboot:
         return "too many package restarts: " +
                noted("the device is rebooted", "reboot", action.isNoted);
-    case Kind::Unfed:
+    case ActionKind::Unfed:
         return "the watchdog could not be fed";
-    case Kind::ServiceRestart:
+    case ActionKind::ServiceRestart:
         return shortNameOf(action.name) +
                noted(" was restarted by its script", ": restart", action.isNoted);
-    case Kind::LeftBus:
+    case ActionKind::LeftBus:
         return shortNameOf(action.name) + " left the bus";
-    case Kind::CameToBus:
+    case ActionKind::CameToBus:
         return shortNameOf(action.name) + " came to the bus";
-    case Kind::Rejoined:
+    case ActionKind::Rejoined:
         break;
     }
     return shortNameOf(action.name) + " left the bus and came back";
@@ -120,21 +120,21 @@ std::string actionLabel(const TimelineAction& action)
 {
     switch (action.kind)
     {
-    case Kind::SupervisorStart:
+    case ActionKind::SupervisorStart:
         return "supervisor started";
-    case Kind::PackageRestart:
+    case ActionKind::PackageRestart:
         return action.isNoted ? "would restart package" : "package restart";
-    case Kind::Reboot:
+    case ActionKind::Reboot:
         return action.isNoted ? "would reboot" : "reboot";
-    case Kind::Unfed:
+    case ActionKind::Unfed:
         return "watchdog not fed";
-    case Kind::ServiceRestart:
+    case ActionKind::ServiceRestart:
         return action.isNoted ? "would restart" : "restart";
-    case Kind::LeftBus:
+    case ActionKind::LeftBus:
         return "off the bus";
-    case Kind::CameToBus:
+    case ActionKind::CameToBus:
         return "on the bus";
-    case Kind::Rejoined:
+    case ActionKind::Rejoined:
         break;
     }
     return "off and on the bus";

@@ -11,9 +11,9 @@ namespace orvo::ctl
 namespace
 {
 
-using Kind = TimelineAction::Kind;
+using ActionKind = TimelineAction::Kind;
 
-std::string counted(const Timeline& timeline, Kind kind, const char* one, const char* many)
+std::string counted(const Timeline& timeline, ActionKind kind, const char* one, const char* many)
 {
     const auto count = std::count_if(timeline.actions.begin(), timeline.actions.end(),
                                      [&](const TimelineAction& each) { return each.kind == kind; });
@@ -49,9 +49,9 @@ std::string TimelineView::rangeText() const
 std::string headlineOf(const Timeline& timeline)
 {
     const std::string counts =
-        counted(timeline, Kind::Reboot, "reboot", "reboots") +
-        counted(timeline, Kind::PackageRestart, "package restart", "package restarts") +
-        counted(timeline, Kind::ServiceRestart, "service restart", "service restarts");
+        counted(timeline, ActionKind::Reboot, "reboot", "reboots") +
+        counted(timeline, ActionKind::PackageRestart, "package restart", "package restarts") +
+        counted(timeline, ActionKind::ServiceRestart, "service restart", "service restarts");
     const std::string before = timeline.isDeveloper ? "; noted " : "; ";
     return "device " + presentText(timeline.lanes.front()) +
            (counts.empty() ? "" : before + counts.substr(2));

@@ -21,7 +21,7 @@ struct DeedStep
     BusAnswer answer;
 };
 
-QJsonObject jsonOf(const DeedStep& step)
+QJsonObject stepJson(const DeedStep& step)
 {
     return {{"method", jsonText(step.method)},
             {"code", step.answer.status.code},
@@ -62,7 +62,7 @@ int carryOut(const Output& output, Deed deed, const ServiceView& before)
         {
             return complainSilent(output, step.answer);
         }
-        steps.append(jsonOf(step));
+        steps.append(stepJson(step));
         status = tell(output, deed, before, step);
         if (status != kOk)
         {
