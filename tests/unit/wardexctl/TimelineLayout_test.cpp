@@ -18,6 +18,7 @@ namespace
 std::vector<std::string> labelsOf(const std::vector<Tick>& ticks)
 {
     std::vector<std::string> labels;
+    labels.reserve(ticks.size());
     for (const Tick& tick : ticks)
     {
         labels.push_back(std::to_string(static_cast<int>(tick.time)) + " " + tick.label);
@@ -31,6 +32,7 @@ class TimeScaleTest : public testing::Test
 protected:
     void SetUp() override
     {
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
         setenv("TZ", "UTC", 1);
         tzset();
     }
@@ -88,6 +90,7 @@ protected:
     static std::vector<Health> worst(const std::vector<LaneCell>& cells)
     {
         std::vector<Health> healths;
+        healths.reserve(cells.size());
         for (const LaneCell& cell : cells)
         {
             healths.push_back(cell.worst());
@@ -164,6 +167,7 @@ protected:
     static std::vector<std::string> shown(const std::vector<PlacedLabel>& placed)
     {
         std::vector<std::string> texts;
+        texts.reserve(placed.size());
         for (const PlacedLabel& label : placed)
         {
             texts.push_back(label.text + "@" + std::to_string(static_cast<int>(label.left)) + "/" +
@@ -212,11 +216,13 @@ TEST_F(LabelLayoutTest, NoneIsLostWhenThereIsNoRoom)
 
 TEST_F(LabelLayoutTest, NothingEverOverlaps)
 {
+    // NOLINTNEXTLINE(cert-msc32-c,cert-msc51-cpp): the same labels in each run
     std::mt19937 random(1);
     std::uniform_real_distribution<double> place(0, 100);
     for (int round = 0; round < 200; ++round)
     {
         std::vector<Label> labels;
+        labels.reserve(static_cast<std::size_t>(round));
         for (int index = 0; index < round; ++index)
         {
             labels.push_back({place(random), index % 3 == 0 ? "package restart" : "restart"});

@@ -75,6 +75,7 @@ class TimelineOutput : public testing::Test
 protected:
     void SetUp() override
     {
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
         setenv("TZ", "UTC", 1);
         tzset();
     }

@@ -75,6 +75,7 @@ std::optional<std::string_view> between(std::string_view text, const KnownText& 
 SupervisorEvent knownText(std::string_view message)
 {
     constexpr int kHexadecimal = 16;
+    constexpr int kDecimal = 10;
     for (const KnownText& known : kTexts)
     {
         const auto middle = between(message, known);
@@ -92,8 +93,10 @@ SupervisorEvent knownText(std::string_view message)
         if (known.kind == Kind::Grace)
         {
             const std::size_t comma = event.name.find(", ");
-            event.milliseconds =
-                comma == std::string::npos ? 0 : std::atoi(event.name.c_str() + comma + 2);
+            event.milliseconds = comma == std::string::npos
+                                     ? 0
+                                     : static_cast<int>(std::strtol(event.name.c_str() + comma + 2,
+                                                                    nullptr, kDecimal));
             event.name = event.name.substr(0, comma);
         }
         return event;

@@ -19,6 +19,7 @@ Terminal Terminal::ofOutput()
     {
         terminal.width = std::max<std::size_t>(size.ws_col, kLeast);
     }
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody sets the locale once the program runs
     terminal.isUtf8 = std::strcmp(nl_langinfo(CODESET), "UTF-8") == 0;
     return terminal;
 }

@@ -87,12 +87,11 @@ std::vector<Tick> wallTicks(double begin, double end, const DeviceClock& clock, 
 
 std::vector<Tick> ageTicks(double begin, double end, int mostParts)
 {
-    const double step = roundStep(end - begin, mostParts);
+    const auto step = static_cast<std::int64_t>(roundStep(end - begin, mostParts));
     std::vector<Tick> ticks;
-    for (double age = 0; end - age >= begin; age += step)
+    for (std::int64_t age = 0; end - static_cast<double>(age) >= begin; age += step)
     {
-        ticks.push_back(
-            {end - age, ageLabel(static_cast<std::int64_t>(age), static_cast<std::int64_t>(step))});
+        ticks.push_back({end - static_cast<double>(age), ageLabel(age, step)});
     }
     return ticks;
 }
