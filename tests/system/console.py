@@ -26,6 +26,14 @@ def console(*commands):
     )
 
 
+def console_at_once(*commands):
+    """The same of commands that run side by side, for those which wait long."""
+    each = [
+        f"{{ {console(command)}; }} >/tmp/said.{place} &" for place, command in enumerate(commands)
+    ]
+    return " ".join([*each, "wait;", "cat", *(f"/tmp/said.{place}" for place in range(len(each)))])
+
+
 def steady(text):
     """The lines of a console that are the same in every run in the same situation."""
     lines = [_steady_line(line) for line in text.splitlines() if not WAITING.fullmatch(line)]

@@ -5,7 +5,7 @@ from pathlib import Path
 from typing import Callable
 
 from camera import PICTOR, VISTOR, WIRL
-from console import console, steady
+from console import console, console_at_once
 
 EXPECTED = Path(__file__).with_name("situations")
 MANY = 10_000
@@ -87,15 +87,21 @@ ALL = {
 }
 
 
+# Of a dead device whose reboot hangs, whose supervisor answers nothing any more.
+REBOOTING = (
+    *("list", "is-up pictor", "is-up wirl", "start wirl", "stop wirl", "restart wirl --no-wait"),
+    *("grace pictor 30s", "monitor --timeout 100ms", "log -n 1", "loglevel", "doctor"),
+)
+
+
+def rebooting(camera):
+    """What the operator of that device sees; it takes a minute to come to that."""
+    both = [f"wardexctl {words}{form}" for words in REBOOTING for form in ("", " --json")]
+    status, output = camera.run("sh", "-c", console_at_once(*both), bound=60.0)
+    assert status == 0, output
+    return output
+
+
 def expected(name):
     """The file with what is to be seen in a situation."""
     return EXPECTED / f"{name}.txt"
-
-
-def answers(text):
-    """The console of each command by itself, in a steady form."""
-    found = {}
-    for part in steady(text).split("$ wardexctl ")[1:]:
-        command, _, answer = part.partition("\n")
-        found.setdefault(command, answer)
-    return found

@@ -5,7 +5,9 @@ import re
 import xml.etree.ElementTree as ElementTree
 
 import pytest
+import situations
 from camera import PICTOR, VISTOR
+from console import steady
 
 from wardex_desk.waiting import now
 
@@ -181,6 +183,8 @@ def test_dead_device_is_told_on_its_way_to_the_reboot(put_on_desk):
         *("supervisor started", "package restart", "package restart", "package restart", "reboot")
     ]
     assert_explained(camera)
+    seen = steady(situations.rebooting(camera))
+    assert seen.splitlines() == situations.expected("rebooting").read_text().splitlines()
 
 
 def assert_explained(camera):

@@ -133,7 +133,7 @@ def test_deed_that_is_not_waited_for_needs_a_supervisor_that_answers(boot):
     camera.supervisor("stop")
     status, lines = ctl(camera, "start", "wirl", "--no-wait")
     assert (status, lines[0]) == (SILENT, "waiting for the supervisor ...")
-    assert lines[1].startswith("wardexctl: com.orvo.wardex: the supervisor does not answer (")
+    assert lines[1] == "wardexctl: com.orvo.wardex: the supervisor does not answer in time"
     assert lines[2] == "  It hangs, or waits for a script: wardexctl log shows its last records."
 
 

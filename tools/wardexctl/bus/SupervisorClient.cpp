@@ -153,7 +153,7 @@ Problem SupervisorClient::problemOf(const BusAnswer& answer)
                 "The supervisor does not run, or the bus policy keeps it from its name: wardexctl "
                 "doctor tells."};
     case BusAnswer::Kind::TimedOut:
-        return {kWardexBusName, "the supervisor does not answer (" + answer.detail + ")",
+        return {kWardexBusName, "the supervisor does not answer in time",
                 "It hangs, or waits for a script: wardexctl log shows its last records."};
     case BusAnswer::Kind::Refused:
     case BusAnswer::Kind::Answered:
