@@ -24,6 +24,7 @@ from wardex_desk.scenarios_trouble import DEAD, until_stable
 
 NO_NAME = ("ERROR", "Could not register DBus service com.orvo.wardex")
 NO_OBJECT = ("ERROR", "Could not register DBus object")
+TOO_MANY = ("WARN", "DbusCmd: 64 calls are waiting, refusing more")
 FLOOD_S = 5.0
 
 
@@ -155,5 +156,12 @@ FAULTS = (
         "a program pings the supervisor as fast as the bus takes it",
         floods("doPing"),
         PINGS_GAP_S,
+    ),
+    Fault(
+        "bus-flooded-with-work",
+        "a program has the processes listed as fast as the bus takes it: told, and refused",
+        floods("getServiceStatus", "com.orvo.pictor"),
+        PINGS_GAP_S,
+        says=(TOO_MANY,),
     ),
 )

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "BusCallQueue.h"
 #include "ServiceAction.h"
 #include "dbus-proxy/WardexAdapterInterface.h"
+
+#include <QDBusContext>
 
 #include <cstdint>
 
@@ -16,10 +19,13 @@ namespace orvo
 /// Owns:    its bus adaptor and its watcher (Qt children), and a ServiceAction of its own.
 /// Borrows: the registry and the logger, which must outlive it.
 /// Threads: event loop only. A start or a stop blocks the loop until the init script has ended.
+/// Calls
+///          over the bus for a script or the process list are done one for each pass of the loop.
 /// Errors:  a bus name or object that cannot be registered is an ERROR record, without a retry: the
 ///          supervisor runs on without its bus service. A failed start, stop or timer change is
-///          told by the status code alone; the call itself succeeds.
-class DbusCmd : public WardexAdapterInterface
+///          told by the status code alone; the call itself succeeds. Of more calls than may wait,
+///          the bus error LimitsExceeded is the answer, and a WARN record tells it once.
+class DbusCmd : public WardexAdapterInterface, protected QDBusContext
 {
     Q_OBJECT
 
@@ -52,10 +58,16 @@ public Q_SLOTS:
     void serviceUnregistered(const QString& name);
 
 private:
+    [[nodiscard]] bool isPostponed(BusCallQueue::Deed deed);
+    [[nodiscard]] ErrorStatus startService(const QString& name);
+    [[nodiscard]] ErrorStatus stopService(const QString& name);
+    [[nodiscard]] QString serviceStatus(const QString& name);
+
     Logger::RedisLogger* m_logger;
     ServiceInfo* m_serviceInfo;
     QDBusServiceWatcher* m_watcher;
     ServiceAction m_serviceAction;
+    BusCallQueue m_calls{this};
 };
 
 } // namespace orvo

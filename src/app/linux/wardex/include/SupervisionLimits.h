@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace orvo
@@ -28,6 +29,10 @@ inline constexpr int kSystemTickMs = 1000;
 /// ms. How long the bus may take to give the supervisor its name, while the whole device starts.
 /// The watchdog is not armed yet.
 inline constexpr int kBusPatienceMs = 5000;
+
+/// Bus calls for a script or the process list that wait for their turn; what comes above is
+/// refused. More than all clients of a device ask at once, and little memory.
+inline constexpr std::size_t kWaitingCallLimit = 64;
 
 /// Ticks that the device may take to become stable after power-on or a package restart; it is
 /// unstable on the next one.

@@ -10,11 +10,13 @@
 #include "logger/RedisLogger.h"
 
 #include <QDBusConnection>
+#include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusPendingCall>
 #include <QDBusServiceWatcher>
 
 #include <chrono>
+#include <utility>
 
 namespace orvo
 {
@@ -125,14 +127,66 @@ orvo::ErrorStatus DbusCmd::doPing(QString& runlevel)
     return {};
 }
 
+bool DbusCmd::isPostponed(BusCallQueue::Deed deed)
+{
+    if (!calledFromDBus())
+    {
+        return false;
+    }
+    if (m_calls.add(connection(), message(), std::move(deed)))
+    {
+        setDelayedReply(true);
+        return true;
+    }
+    m_logger->logOnce(Logger::WARN, "%s: %d calls are waiting, refusing more", "DbusCmd",
+                      static_cast<int>(kWaitingCallLimit));
+    if (message().isReplyRequired())
+    {
+        sendErrorReply(QDBusError::LimitsExceeded, QStringLiteral("too many calls are waiting"));
+    }
+    return true;
+}
+
+ErrorStatus DbusCmd::startService(const QString& name)
+{
+    return m_serviceAction.doStartService(name) ? ErrorStatus() : ErrorStatus(kStartFailed);
+}
+
+ErrorStatus DbusCmd::stopService(const QString& name)
+{
+    return m_serviceAction.doStopService(name) ? ErrorStatus() : ErrorStatus(kStopFailed);
+}
+
+QString DbusCmd::serviceStatus(const QString& name)
+{
+    if (!m_serviceInfo->isKnown(name))
+    {
+        return QStringLiteral("unknown");
+    }
+    const QString processName = m_serviceInfo->processName(name);
+    if (processName.isEmpty())
+    {
+        return {};
+    }
+    return m_serviceInfo->isProcessRunning(processName) ? kRunLevelUp : kRunLevelDown;
+}
+
 orvo::ErrorStatus DbusCmd::doStartService(QString serviceName)
 {
-    return m_serviceAction.doStartService(serviceName) ? ErrorStatus() : ErrorStatus(kStartFailed);
+    const auto deed = [this, serviceName]
+    {
+        return QVariantList{QVariant::fromValue(startService(serviceName))};
+    };
+    return isPostponed(deed) ? ErrorStatus() : startService(serviceName);
 }
 
 orvo::ErrorStatus DbusCmd::doStopService(QString serviceName)
 {
-    return m_serviceAction.doStopService(serviceName) ? ErrorStatus() : ErrorStatus(kStopFailed);
+    const auto deed = [this, serviceName]
+    {
+        return QVariantList{QVariant::fromValue(stopService(serviceName))};
+    };
+    return isPostponed(deed) ? ErrorStatus() : stopService(serviceName);
 }
 
 orvo::ErrorStatus DbusCmd::getServiceList(QStringList& services)
@@ -143,16 +197,13 @@ orvo::ErrorStatus DbusCmd::getServiceList(QStringList& services)
 
 orvo::ErrorStatus DbusCmd::getServiceStatus(QString serviceName, QString& serviceStatus)
 {
-    serviceStatus.clear();
-    if (!m_serviceInfo->isKnown(serviceName))
+    const auto deed = [this, serviceName]
     {
-        serviceStatus = QStringLiteral("unknown");
-        return {};
-    }
-    const QString processName = m_serviceInfo->processName(serviceName);
-    if (!processName.isEmpty())
+        return QVariantList{QVariant::fromValue(ErrorStatus()), this->serviceStatus(serviceName)};
+    };
+    if (!isPostponed(deed))
     {
-        serviceStatus = m_serviceInfo->isProcessRunning(processName) ? kRunLevelUp : kRunLevelDown;
+        serviceStatus = this->serviceStatus(serviceName);
     }
     return {};
 }
