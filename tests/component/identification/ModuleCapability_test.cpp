@@ -1,6 +1,8 @@
 #include "Capabilities.h"
 #include "I2cTree.h"
 
+#include "identification/EepromLayout.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -92,6 +94,17 @@ TEST_F(ModuleCapability, IsAbsentIfTheRecordIsDamaged)
 {
     m_tree.fit("2-0054", EepromImage('F', "341").damagedAt(127, 0x01));
     EXPECT_THAT(moduleCapabilities(), IsEmpty());
+}
+
+TEST_F(ModuleCapability, IsAbsentWhicheverByteOfTheRecordIsDamaged)
+{
+    m_tree.fit("2-0054", EepromImage('F', "341"));
+    ASSERT_TRUE(hasCapability(9));
+    for (std::size_t offset = 0; offset < kEepromRecordSize; ++offset)
+    {
+        m_tree.write("2-0054", EepromImage('F', "341").damagedAt(offset, 0x10));
+        EXPECT_FALSE(hasCapability(9)) << "byte " << offset;
+    }
 }
 
 TEST_F(ModuleCapability, IsAbsentIfTheRecordBelongsToAnotherModule)
