@@ -9,6 +9,7 @@ from wardex_desk import (
     building,
     command_line,
     deeds,
+    faults_report,
     record_log,
     scenario,
     shell,
@@ -100,6 +101,10 @@ def _put_on_desk(request: Request) -> int:
                 f"no scenario is called '{request.scenario}': say one of {', '.join(names)}"
             )
     programs = building.programs(request.preset, request.wardex, sys.stderr)
+    if request.command == "faults":
+        return faults_report.play_and_tell(
+            programs, request.home, request.soak, request.write_docs, sys.stdout
+        )
     if request.command == "scenario":
         # Under its own name, so that it can be played beside a camera that is on the desk.
         name = request.scenario if request.name == DEFAULT_NAME else request.name

@@ -21,6 +21,9 @@ DEFAULT_WATCHDOG_MS = 10_000
 OPTIONS = {
     "--scenario": "name",
     "--list": "",
+    "--faults": "",
+    "--soak": "",
+    "--write-docs": "",
     "--name": "name",
     "--family": "family",
     "--developer": "",
@@ -40,6 +43,11 @@ HELP = (
     ("", "a camera on the desk tells what happens to it, until Ctrl-C"),
     ("--scenario NAME", "play a story without a person; exit 0 only if the device kept to it"),
     ("--list", "the scenarios, one line each"),
+    (
+        "--faults [--soak] [--write-docs]",
+        "play every scenario that is a fault, with --soak the long ones, too, and show the longest"
+        " time between two feeds; --write-docs puts the table into docs/reliability.md",
+    ),
     *deeds.HELP,
     ("ctl [VERB ...]", "the operator's command wardexctl on the device, such as: ctl status"),
     ("sh [COMMAND]", "a shell on the device, or one command there"),
@@ -61,7 +69,7 @@ HELP = (
 
 @dataclass
 class Request:
-    """What the person asks for. command: run, scenario, list, help or one of COMMANDS."""
+    """What the person asks for. command: run, scenario, faults, list, help or one of COMMANDS."""
 
     command: str = "run"
     words: list[str] = field(default_factory=list)
@@ -76,6 +84,8 @@ class Request:
     follow: bool = False
     level: str = ""
     text: str = ""
+    soak: bool = False
+    write_docs: bool = False
 
 
 def presets() -> list[str]:
@@ -112,6 +122,8 @@ def parse(arguments: Sequence[str]) -> Request:
             )
     if request.command == "logs" and request.words:
         raise WrongWords(f"'{request.words[0]}' is one word too many after 'logs'")
+    if (request.soak or request.write_docs) and request.command != "faults":
+        raise WrongWords("'--soak' and '--write-docs' belong to '--faults'")
     for option, value in (("--level", request.level), ("-g", request.text)):
         if value and request.command != "logs":
             raise WrongWords(f"'{option}' belongs to 'logs'")
@@ -137,6 +149,10 @@ def _apply(request: Request, option: str, value: str) -> None:
         request.command = "help"
     elif option == "--list":
         request.command = "list"
+    elif option == "--faults":
+        request.command = "faults"
+    elif option in ("--soak", "--write-docs"):
+        setattr(request, option[2:].replace("-", "_"), True)
     elif option == "--scenario":
         request.command, request.scenario = "scenario", value
     elif option in ("--follow", "-f"):

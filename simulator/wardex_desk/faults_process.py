@@ -39,6 +39,7 @@ KILLED = 128 + 9
 SEED = 2026
 MOMENTS_SHORT = 20
 MOMENTS_LONG = 200
+SOAK_PARTS = 4
 # A life of this length has been through its start and its first pings, and is stable at its end.
 LIFE_S = 3.0
 PIPE_SIGNALS = 20
@@ -150,11 +151,11 @@ def await_reset(stage: Stage) -> None:
     stage.await_sign("the device booting again", boots("watchdog"), 20.0)
 
 
-def killed(times: int) -> Callable[[Stage], None]:
+def killed(times: int, seed: int) -> Callable[[Stage], None]:
     """A driver: the supervisor is killed at random moments of its life, so many times."""
 
     def play(stage: Stage) -> None:
-        moments = random.Random(SEED)
+        moments = random.Random(seed)
         for _ in range(times):
             stage.await_sign("the watchdog armed", opens_watchdog(), 20.0)
             until_moment(stage, moments.uniform(0.0, LIFE_S))
@@ -186,11 +187,11 @@ def judge_killed(verdict: Verdict, lives: Sequence[Life]) -> None:
     verdict.equal("the last one is well", STABLE, (lives[-1].path(SYSTEM) or ["nothing"])[-1])
 
 
-def _killed(name: str, times: int) -> Fault:
+def _killed(name: str, times: int, seed: int = SEED) -> Fault:
     return Fault(
         name,
         f"the supervisor is killed at {times} random moments: a reset and a clean start each time",
-        killed(times),
+        killed(times, seed),
         TICK_GAP_S,
         plan=Plan(watchdog_ms=WATCHDOG_MS),
         boots=("power-on", *("watchdog",) * times),
@@ -280,4 +281,8 @@ FAULTS = (
     _killed("killed", MOMENTS_SHORT),
 )
 
-SOAKS = (_killed("killed-200", MOMENTS_LONG),)
+# Side by side, so that they take minutes and not an hour.
+SOAKS = tuple(
+    _killed(f"killed-soak-{part}", MOMENTS_LONG // SOAK_PARTS, SEED + part)
+    for part in range(1, SOAK_PARTS + 1)
+)

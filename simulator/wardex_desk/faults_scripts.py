@@ -17,10 +17,16 @@ FLOOD_BYTES = 50_000_000
 # What the supervisor's own work takes at most beside a script.
 WORK_S = 4.0
 
-PRINTS = f"""#!/bin/sh
-head -c {FLOOD_BYTES} /dev/zero | tr '\\0' x
-head -c {FLOOD_BYTES} /dev/zero | tr '\\0' x >&2
+# With the device's journal, so that the time of the script can be told from the supervisor's own.
+JOURNALLED = """#!/bin/sh
+SERVICE=pictor
+. /opt/orvo/etc/service-functions
+journal "$1" begin
+{}
+journal "$1" end 0
 """
+PRINTS = f"""head -c {FLOOD_BYTES} /dev/zero | tr '\\0' x
+head -c {FLOOD_BYTES} /dev/zero | tr '\\0' x >&2"""
 # The grandchild has both pipes and outlives the story.
 LEAVES_GRANDCHILD = """#!/bin/sh
 sleep 60 &
@@ -95,13 +101,13 @@ FAULTS = (
     _script(
         "script-prints",
         "a dead service's script prints 50 MB to each of its outputs",
-        with_script(PRINTS),
+        with_script(JOURNALLED.format(PRINTS)),
         TICK_GAP_S + WORK_S,
     ),
     _script(
         "script-hangs",
         "a dead service's script needs 10 s, and nobody feeds the watchdog meanwhile",
-        with_script(f"#!/bin/sh\nsleep {HANG_S:.0f}\n"),
+        with_script(JOURNALLED.format(f"sleep {HANG_S:.0f}")),
         HANG_S + PICTOR_GAP_S,
     ),
     _script(

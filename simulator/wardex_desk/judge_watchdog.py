@@ -44,15 +44,27 @@ def fed(verdict: Verdict, life: Life, held_up_s: float = 0.0, at_least: int = 1)
     )
 
 
-def gap_of(life: Life) -> float | None:
-    """The longest time between two feeds of one life, the opening of the node being the first.
+def widest_gap(life: Life) -> tuple[float, float] | None:
+    """Begin and end of the longest time between two feeds, the opening of the node being the first.
 
-    None for a watchdog that was never opened. The silence that ends in a reset is no gap: nobody
-    was there any more.
+    None for a watchdog that was never fed. The silence that ends in a reset is no gap: nobody was
+    there any more.
     """
     opened = [e.at for e in life.events if isinstance(e, WatchdogEvent) and e.what == "open"]
     moments = sorted(opened + life.feeds)
-    return max((b - a for a, b in zip(moments, moments[1:])), default=None)
+    pairs = list(zip(moments, moments[1:]))
+    return max(pairs, key=lambda pair: pair[1] - pair[0]) if pairs else None
+
+
+def gap_of(life: Life) -> float | None:
+    """The length of the widest gap."""
+    gap = widest_gap(life)
+    return None if gap is None else gap[1] - gap[0]
+
+
+def gap_in_scripts(life: Life, begin: float, end: float) -> float:
+    """For how much of this time the supervisor waited for scripts."""
+    return _time_in_calls(life, begin, end)
 
 
 def longest_gap(verdict: Verdict, life: Life, seconds: float) -> bool:

@@ -62,6 +62,12 @@ def test_logs_can_be_narrowed_down():
     assert (request.level, request.text, request.follow) == ("WARN", "--list", False)
 
 
+def test_faults_may_be_long_and_go_into_the_documents():
+    request = parse(["--faults", "--soak", "--write-docs"])
+    assert (request.command, request.soak, request.write_docs) == ("faults", True, True)
+    assert not parse(["--faults"]).soak
+
+
 def test_scenario_has_a_name():
     request = parse(["--scenario", "hang"])
     assert (request.command, request.scenario) == ("scenario", "hang")
@@ -72,7 +78,7 @@ def test_scenario_has_a_name():
     [
         ("boot", "'boot' is not known: say do, ctl, sh, logs or an option, see ./run --help"),
         ("logs pictor", "'pictor' is one word too many after 'logs'"),
-        ("--nme x", "'--nme' is not known: the options are --scenario, --list, --name, --family,"),
+        ("--nme x", "'--nme' is not known: the options are --scenario, --list, --faults, --soak,"),
         (
             "logs --level loud",
             "no level is called 'loud': say one of DEBUG, DIAG, TRACE, INFO, WARN, ERROR, FATAL,"
@@ -85,6 +91,7 @@ def test_scenario_has_a_name():
         ("--name", "after '--name' comes a name"),
         ("--scenario", "after '--scenario' comes a name"),
         ("--list=x", "'--list' takes no value"),
+        ("--soak", "'--soak' and '--write-docs' belong to '--faults'"),
         ("--family ZX", "no family is called 'ZX': say one of ZK4XX, ZM7xx, ZQ9XX, none"),
         ("--preset fast", "no preset is called 'fast': say one of dev, asan-ubsan, tsan, "),
         ("--watchdog 0", "--watchdog 0: a number of milliseconds above 0 is needed"),
