@@ -6,6 +6,7 @@ pkg_check_modules(Hiredis REQUIRED IMPORTED_TARGET hiredis)
 pkg_check_modules(Libevent REQUIRED IMPORTED_TARGET libevent_core libevent_pthreads)
 pkg_check_modules(Libudev REQUIRED IMPORTED_TARGET libudev)
 find_package(CLI11 2.1 REQUIRED)
+pkg_check_modules(Ncurses REQUIRED IMPORTED_TARGET ncursesw)
 pkg_check_modules(CJson REQUIRED IMPORTED_TARGET libcjson)
 
 # The device's programs come as one image, so that what only they use may be part of them: with the

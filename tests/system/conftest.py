@@ -7,6 +7,7 @@ from pathlib import Path
 
 import pytest
 from camera import Camera
+from screen import Screen
 
 from wardex_desk.box import BoxError, Programs
 from wardex_desk.firmware import Plan
@@ -54,6 +55,21 @@ def put_on_desk():
         camera.power_off()
         tell(camera)
     shutil.rmtree(home, ignore_errors=True)
+
+
+@pytest.fixture
+def open_screen():
+    """Runs programs on terminals of cameras, and ends them with the claim."""
+    screens = []
+
+    def make(camera, *words, **options):
+        screens.append(Screen(camera, *words, **options))
+        return screens[-1]
+
+    yield make
+    for screen in screens:
+        print("--- screen", *screen.lines(), sep="\n")
+        screen.close()
 
 
 @pytest.fixture

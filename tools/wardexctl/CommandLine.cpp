@@ -3,6 +3,7 @@
 #include "log/LevelMask.h"
 #include "output/ExitStatus.h"
 #include "output/Output.h"
+#include "top/Top.h"
 #include "verbs/Doctor.h"
 #include "verbs/LogLevel.h"
 #include "verbs/LogVerb.h"
@@ -139,6 +140,8 @@ void addStateVerbs(CLI::App& app, Words& words)
                          "From 10m ago, or from 05:30 or 05:30:10 on; else all that is stored");
     timeline->add_option("-o,--output", words.timeline.file,
                          "A picture instead: FILE.svg, or FILE.html; replaced when it exists");
+    addVerb(app, words, "top", "The live screen: status and log, with keys to act",
+            "  wardexctl top\n  wardexctl top --json", runTop);
     addVerb(app, words, "doctor", "Checks the installation and says what to do",
             "  wardexctl doctor", runDoctor);
 }

@@ -4,8 +4,6 @@
 
 #include <algorithm>
 
-#include <QStringList>
-
 namespace orvo::ctl
 {
 
@@ -20,13 +18,7 @@ bool askFor(const std::string& busName, ServiceOverview& overview, const QString
     {
         return false;
     }
-    const std::string status = overview.answer.values.first().toString().toStdString();
-    if (status != "unknown")
-    {
-        const NamedService* const known = findService(busName);
-        overview.services.push_back(
-            {busName, status, known != nullptr && known->isJudged, listed.contains(name)});
-    }
+    addService(overview, busName, overview.answer, listed);
     return true;
 }
 
@@ -47,6 +39,18 @@ bool ServiceOverview::areJudgedListed() const
     return judged > 0 &&
            std::all_of(services.begin(), services.end(),
                        [](const ServiceView& each) { return each.isListed || !each.isJudged; });
+}
+
+void addService(ServiceOverview& overview, const std::string& busName, const BusAnswer& status,
+                const QStringList& listed)
+{
+    const std::string process = status.values.value(0).toString().toStdString();
+    if (process != "unknown")
+    {
+        const NamedService* const known = findService(busName);
+        overview.services.push_back({busName, process, known != nullptr && known->isJudged,
+                                     listed.contains(QString::fromStdString(busName))});
+    }
 }
 
 ServiceOverview askForServices()

@@ -2,6 +2,8 @@
 
 #include "bus/SupervisorClient.h"
 
+#include <QStringList>
+
 #include <map>
 #include <string>
 #include <vector>
@@ -29,6 +31,11 @@ struct ServiceOverview
 
 /// Asks for all services that a device may run.
 ServiceOverview askForServices();
+
+/// Adds a service by the supervisor's answers about its status and about all names; nothing when
+/// this device does not run it.
+void addService(ServiceOverview& overview, const std::string& busName, const BusAnswer& status,
+                const QStringList& listed);
 
 /// Asks for one; without services when this device does not run it.
 ServiceOverview askForService(const std::string& busName);

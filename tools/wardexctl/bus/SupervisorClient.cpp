@@ -22,7 +22,46 @@ namespace
 /// How often a wait looks whether the bus is still there: the bus library does not tell.
 constexpr int kLookMs = 100;
 
-QDBusMessage message(const QString& method, const QVariantList& arguments)
+BusAnswer failure(BusAnswer::Kind kind, const QString& detail)
+{
+    BusAnswer answer;
+    answer.kind = kind;
+    answer.detail = detail.toStdString();
+    return answer;
+}
+
+/// Waits in the event loop; false when the bus went away meanwhile.
+bool await(const QDBusPendingCall& pending, const QDBusConnection& bus, const std::string& what)
+{
+    QDBusPendingCallWatcher watcher(pending);
+    QEventLoop loop;
+    QObject::connect(&watcher, &QDBusPendingCallWatcher::finished, &loop, &QEventLoop::quit);
+    Progress progress(what);
+    QElapsedTimer clock;
+    clock.start();
+    int shown = 0;
+    QTimer look;
+    QObject::connect(&look, &QTimer::timeout, &loop,
+                     [&]
+                     {
+                         const int seconds = static_cast<int>(clock.elapsed()) / kMsPerSecond;
+                         if (seconds > shown)
+                         {
+                             shown = seconds;
+                             progress.show(seconds);
+                         }
+                         if (!bus.isConnected())
+                         {
+                             loop.exit(1);
+                         }
+                     });
+    look.start(kLookMs);
+    return watcher.isFinished() || loop.exec() == 0;
+}
+
+} // namespace
+
+QDBusMessage SupervisorClient::message(const QString& method, const QVariantList& arguments)
 {
     QDBusMessage call =
         QDBusMessage::createMethodCall(QLatin1String(kWardexBusName), QLatin1String(kBusObjectPath),
@@ -33,15 +72,7 @@ QDBusMessage message(const QString& method, const QVariantList& arguments)
     return call;
 }
 
-BusAnswer failure(BusAnswer::Kind kind, const QString& detail)
-{
-    BusAnswer answer;
-    answer.kind = kind;
-    answer.detail = detail.toStdString();
-    return answer;
-}
-
-BusAnswer answerOf(const QDBusMessage& reply)
+BusAnswer SupervisorClient::answerOf(const QDBusMessage& reply)
 {
     if (reply.type() == QDBusMessage::ErrorMessage)
     {
@@ -81,37 +112,6 @@ BusAnswer answerOf(const QDBusMessage& reply)
     answer.values.removeFirst();
     return answer;
 }
-
-/// Waits in the event loop; false when the bus went away meanwhile.
-bool await(const QDBusPendingCall& pending, const QDBusConnection& bus, const std::string& what)
-{
-    QDBusPendingCallWatcher watcher(pending);
-    QEventLoop loop;
-    QObject::connect(&watcher, &QDBusPendingCallWatcher::finished, &loop, &QEventLoop::quit);
-    Progress progress(what);
-    QElapsedTimer clock;
-    clock.start();
-    int shown = 0;
-    QTimer look;
-    QObject::connect(&look, &QTimer::timeout, &loop,
-                     [&]
-                     {
-                         const int seconds = static_cast<int>(clock.elapsed()) / kMsPerSecond;
-                         if (seconds > shown)
-                         {
-                             shown = seconds;
-                             progress.show(seconds);
-                         }
-                         if (!bus.isConnected())
-                         {
-                             loop.exit(1);
-                         }
-                     });
-    look.start(kLookMs);
-    return watcher.isFinished() || loop.exec() == 0;
-}
-
-} // namespace
 
 BusAnswer SupervisorClient::call(const QString& method, const QVariantList& arguments,
                                  int timeoutMs, const std::string& what)

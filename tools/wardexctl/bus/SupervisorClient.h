@@ -3,6 +3,7 @@
 #include "dbus-proxy/ErrorStatus.h"
 #include "output/Output.h"
 
+#include <QDBusMessage>
 #include <QString>
 #include <QVariantList>
 
@@ -57,6 +58,10 @@ public:
     /// Sends a call and waits only for its refusal; one that lasts counts as answered, without
     /// values. It goes on when its caller has ended.
     [[nodiscard]] static BusAnswer send(const QString& method, const QVariantList& arguments);
+
+    // For callers that wait in their own way.
+    [[nodiscard]] static QDBusMessage message(const QString& method, const QVariantList& arguments);
+    [[nodiscard]] static BusAnswer answerOf(const QDBusMessage& reply);
 
     /// What a call that was not answered means, and what to do.
     [[nodiscard]] static Problem problemOf(const BusAnswer& answer);

@@ -34,10 +34,10 @@ std::optional<std::vector<std::string>> StoredLog::read(const RecordFilter& filt
     }
     try
     {
-        // Not destroyed: the end of a program's last logger takes a second.
-        static auto* const kKept = new std::vector<std::unique_ptr<DeviceLog>>;
-        kKept->push_back(std::make_unique<DeviceLog>(*condition));
-        return kKept->back()->news();
+        // The newest is not destroyed: the end of a program's last logger takes a second.
+        static auto* const kKept = new std::unique_ptr<DeviceLog>;
+        *kKept = std::make_unique<DeviceLog>(*condition);
+        return (*kKept)->news();
     }
     catch (const std::runtime_error& error)
     {

@@ -7,7 +7,6 @@
 #include "model/WhyChain.h"
 #include "output/ExitStatus.h"
 #include "output/Json.h"
-#include "verbs/DeveloperMarker.h"
 #include "verbs/ServiceVerbs.h"
 #include "verbs/StatusView.h"
 
@@ -56,10 +55,7 @@ bool readLog(StatusView& view, StoredLog& log)
     {
         model.add(record);
     }
-    view.facts = model.facts();
-    // The supervisor looked at its start; the files only tell when the log no longer does.
-    view.isDeveloper = view.facts.started ? view.facts.isDeveloper : isDeveloperMarked();
-    view.facts.isDeveloper = view.isDeveloper;
+    view.takeFacts(model.facts());
     view.records = lastOf(records, view.only);
     return view.hasLog;
 }

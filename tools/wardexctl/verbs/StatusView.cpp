@@ -3,6 +3,7 @@
 #include "log/RecordText.h"
 #include "model/ServiceNames.h"
 #include "output/Json.h"
+#include "verbs/DeveloperMarker.h"
 #include "verbs/StatusParts.h"
 
 #include <algorithm>
@@ -49,6 +50,14 @@ QJsonObject serviceJson(const StatusView& view, const ServiceView& service)
 }
 
 } // namespace
+
+void StatusView::takeFacts(const DeviceFacts& told)
+{
+    facts = told;
+    // The supervisor looked at its start; the files only tell when the log no longer does.
+    isDeveloper = facts.started ? facts.isDeveloper : isDeveloperMarked();
+    facts.isDeveloper = isDeveloper;
+}
 
 const ServiceFacts& StatusView::factsOf(const std::string& name) const
 {

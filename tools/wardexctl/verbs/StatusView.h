@@ -26,6 +26,9 @@ struct StatusView
     std::vector<ReadRecord> records; ///< the last ones
     std::string only;                ///< bus name of the one service asked for; empty: all
 
+    /// What the records tell, and the marker of developer mode.
+    void takeFacts(const DeviceFacts& told);
+
     [[nodiscard]] BusView bus() const;
     [[nodiscard]] Verdict verdict() const;
     /// Its process runs, as far as anybody can say, and a judged one is available.
