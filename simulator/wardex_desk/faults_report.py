@@ -147,7 +147,8 @@ is written by `./run --faults --soak --write-docs`.
 **For the integrator.** The longest gap of the supervisor's own, without scripts, was
 **{own.own_s:.1f} s** ({own.name}). The rules allow {bound:.1f} s: two pings without an answer hold a tick
 up for {PINGS_S:.1f} s, a change of the system's state begins the tick anew, which may happen twice before
-a feed, and a Redis that stands still adds {REDIS_S:.0f} s once in a life. Give the watchdog **{advised} s, and twice the time that the longest pair of
+a feed, and a Redis that stands still adds {REDIS_S:.0f} s once in a life.
+Give the watchdog **{advised} s, and twice the time that the longest pair of
 "stop" and "restart" or the package's restart takes on the device**. From the supervisor's start to
 the opening of the watchdog nobody guards it but what has armed the watchdog before.
 
