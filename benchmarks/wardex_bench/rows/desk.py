@@ -13,7 +13,7 @@ RECORDS = 10_000
 RECORD = '{{"T":"{0}.0000", "P":"1", "C":"WARN", "S":"other", "M":"record number {0}"}}'
 ANSWERS_PER_ROUND = 10
 LIMIT_MS = 200.0
-RATIO_LIMIT = 1.00
+RATIO_LIMIT = 1.20
 
 STATUS = f"{PROGRAMS}/wardexctl status --json"
 # The same questions by hand.
