@@ -19,7 +19,7 @@ function(wardex_add_test name)
     endif()
     wardex_add_executable(${name} ${moc} SOURCES ${ARG_SOURCES}
         LINKS ${ARG_LINKS} GTest::gtest GTest::gmock GTest::gtest_main)
-    set(properties LABELS ${ARG_LABEL} TIMEOUT ${ARG_TIMEOUT})
+    set(properties)
     if(ARG_BOX)
         set_property(TARGET ${name} PROPERTY CROSSCOMPILING_EMULATOR
             ${PROJECT_SOURCE_DIR}/tests/support/in-box)
@@ -30,10 +30,11 @@ function(wardex_add_test name)
         list(APPEND properties ENVIRONMENT GLIBC_TUNABLES=glibc.malloc.tcache_count=0)
         set(chosen TEST_FILTER -Long*)
         gtest_discover_tests(${name} TEST_PREFIX "${name}/" TEST_FILTER Long* TEST_LIST ${name}_long
-            PROPERTIES ${properties} LABELS soak TIMEOUT 1800 DISCOVERY_TIMEOUT 30)
+            PROPERTIES ${properties} LABELS soak TIMEOUT 1800
+            DISCOVERY_TIMEOUT 30)
     endif()
     gtest_discover_tests(${name} TEST_PREFIX "${name}/" ${chosen}
-        PROPERTIES ${properties} DISCOVERY_TIMEOUT 30)
+        PROPERTIES ${properties} LABELS ${ARG_LABEL} TIMEOUT ${ARG_TIMEOUT} DISCOVERY_TIMEOUT 30)
 endfunction()
 
 # wardex_add_pytest(NAME LABEL unit|component|system FOLDER dir [BY_FILE] [TIMEOUT s])

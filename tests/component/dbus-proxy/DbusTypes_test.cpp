@@ -72,6 +72,19 @@ TEST_F(DbusTypesOnTheBus, KeepCodeAndTextOfADiagCtlEvent)
     EXPECT_EQ(event.text, received<DiagCtlEvent>(message).text);
 }
 
+// As a part of something greater an event is written by its own operator, not by its meta type's.
+TEST_F(DbusTypesOnTheBus, KeepADiagCtlEventThatIsAPart)
+{
+    DiagCtlEvent event;
+    event.text = QStringLiteral("undervoltage");
+    QDBusArgument argument;
+    argument << event;
+    const QDBusMessage message = sent(argument);
+    EXPECT_EQ(QStringLiteral("(is)"), message.signature());
+    EXPECT_EQ(30000, received<DiagCtlEvent>(message).code);
+    EXPECT_EQ(event.text, received<DiagCtlEvent>(message).text);
+}
+
 TEST_F(DbusTypesOnTheBus, KeepAListOfMaps)
 {
     const VariantMapList list{
