@@ -18,6 +18,7 @@
 
 #include <linux/watchdog.h>
 #include <sys/eventfd.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 namespace orvo::model
@@ -124,7 +125,8 @@ extern "C"
 
     redisContext* __wrap_redisConnectUnix(const char* /*path*/)
     {
-        return redisConnectFd(orvo::model::openNothing());
+        // Not just any descriptor: the logger sets how long it may wait.
+        return redisConnectFd(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     }
 }
 // NOLINTEND(readability-identifier-naming)
