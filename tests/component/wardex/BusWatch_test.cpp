@@ -2,6 +2,8 @@
 
 #include "SimulatedService.h"
 
+#include <QDBusConnectionInterface>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -113,6 +115,14 @@ TEST_F(RegistrationFailure, IsReportedWhenTheNameHasAnOwner)
     const QDBusMessage reply = call("doPing", {}, QDBusConnection::systemBus().baseService());
     EXPECT_EQ("up", reply.arguments().value(1).toString()) << "the object is there all the same";
     m_client.unregisterService(kName);
+}
+
+TEST_F(RegistrationFailure, IsForEverAlsoWhenTheNameHasNoOwnerAnyMore)
+{
+    ASSERT_TRUE(m_client.registerService(kName));
+    m_supervisor = std::make_unique<DbusCmd>(&m_info, &m_logger);
+    ASSERT_TRUE(m_client.unregisterService(kName));
+    EXPECT_EQ("", m_client.interface()->serviceOwner(kName).value().toStdString());
 }
 
 TEST_F(RegistrationFailure, IsReportedWhenThePathHasAnObject)

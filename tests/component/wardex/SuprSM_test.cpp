@@ -251,6 +251,18 @@ TEST_F(SuprSMTransition, AdoptsAStateOfAnotherName)
     EXPECT_EQ(next.release(), &SupervisedDevice::activeState(kPictor));
 }
 
+TEST_F(SuprSMTransition, LeavesThenEnters)
+{
+    pictor().answer("up");
+    m_device.afterPings(kPictor, 1);
+    EXPECT_THAT(m_device.newRecords(),
+                ElementsAre("TRACE SuprStarting::up (com.orvo.pictor)",
+                            "TRACE SuprStarting::exit (com.orvo.pictor)",
+                            "TRACE SuprUp::entry (com.orvo.pictor)",
+                            "TRACE Ping interval of service com.orvo.pictor is 1000",
+                            "TRACE SuprUnstableSystem::serviceIsUp com.orvo.pictor"));
+}
+
 TEST_F(SuprSMTransition, StopsThePingsOfTheStateThatWasLeft)
 {
     goUp();

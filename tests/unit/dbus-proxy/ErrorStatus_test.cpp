@@ -132,6 +132,11 @@ TEST(ErrorStatus, PrintsItsCodeAndItsMessageInQuotes)
     EXPECT_EQ("Error (101002): \"value out of range\"\n", printed(ErrorStatus(101002)));
 }
 
+TEST(ErrorStatus, PrintsANegativeCodeToo)
+{
+    EXPECT_EQ("Error (-7): \"Unknown error for code %d\"\n", printed(ErrorStatus(-7)));
+}
+
 TEST(ErrorStatus, PrintsNothingForSuccess)
 {
     EXPECT_EQ("", printed(ErrorStatus(0)));

@@ -27,6 +27,13 @@ TEST_F(RecordTailTest, BeginsAfterTheLastRecordSeen)
     EXPECT_EQ(2U, m_tail.begin({"a", "b", "c"}));
 }
 
+TEST_F(RecordTailTest, AddsOnlyWhatItHasNotSeen)
+{
+    seen({"a", "b"});
+    m_tail.add({"a", "b", "c"}, 2);
+    EXPECT_EQ(3U, m_tail.begin({"a", "b", "c", "d"}));
+}
+
 TEST_F(RecordTailTest, FindsNothingNewInWhatItHasSeen)
 {
     seen({"a", "b"});
