@@ -4,7 +4,8 @@
     coverage.py [--build DIR] [--missed]
 
 Prints lines and branches per room and the whole; --missed adds each line and branch that nothing
-ran. Fails below the limits, and for every missed line whose reason UNCOVERED does not give.
+ran. Fails below the limits, and for every missed line of the supervisor whose reason UNCOVERED does
+not give. The operator's tools count for the limits only: what they do not show harms no device.
 """
 
 import argparse
@@ -19,10 +20,11 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
 ROOMS = ("logger", "quorl", "src", "identification", "tools")
+TOOLS_ROOM = "tools/"
 UNCOVERED = ROOT / "tests/data/uncovered.toml"
 LINES_LIMIT = 95.0
 BRANCHES_LIMIT = 90.0
-TOOLS = Path("/usr/lib/llvm-14/bin")
+LLVM = Path("/usr/lib/llvm-14/bin")
 
 
 @dataclass
@@ -58,9 +60,9 @@ def export(build: Path) -> dict[str, Source]:
             f"coverage: nothing was counted in {build}/counts; run the tests of that build first"
         )
     merged = build / "counts.profdata"
-    subprocess.run([TOOLS / "llvm-profdata", "merge", "-sparse", "-o", merged, *counts], check=True)
+    subprocess.run([LLVM / "llvm-profdata", "merge", "-sparse", "-o", merged, *counts], check=True)
     programs = [path for path in sorted((build / "bin").iterdir()) if is_program(path)]
-    words = [TOOLS / "llvm-cov", "export", "-instr-profile", merged, programs[0]]
+    words = [LLVM / "llvm-cov", "export", "-instr-profile", merged, programs[0]]
     words += [word for path in programs[1:] for word in ("-object", path)]
     answer = subprocess.run(words, check=True, capture_output=True)
     files = json.loads(answer.stdout)["data"][0]["files"]
@@ -155,6 +157,8 @@ def without_reason(sources: dict[str, Source], reasons: list[dict]) -> list[str]
             if line not in texts:
                 complaints.append(f"{entry['file']}: no line says '{line}' any more")
     for name, source in sources.items():
+        if name.startswith(TOOLS_ROOM):
+            continue
         texts = (ROOT / name).read_text("utf-8").splitlines()
         for number in source.missed_lines():
             text = texts[number - 1].strip()

@@ -54,15 +54,16 @@ protected:
     }
 
     std::atomic<bool> m_isOver{false};
-    std::thread m_operating{[this]
-                            {
-                                test::RedisClient client(kLogSocket);
-                                while (!m_isOver)
-                                {
-                                    client.command({"PUBLISH", kConfigChannel,
-                                                    R"({"source":"all","mask":255,"max":100})"});
-                                }
-                            }};
+    test::RedisClient m_operator{kLogSocket};
+    std::thread m_operating{
+        [this]
+        {
+            while (!m_isOver)
+            {
+                m_operator.command(
+                    {"PUBLISH", kConfigChannel, R"({"source":"all","mask":255,"max":100})"});
+            }
+        }};
 };
 
 TEST_F(ManyStarts, OfTheThreadEndInAsManyEndsWhateverArrivesMeanwhile)
