@@ -1,3 +1,4 @@
+#include "SupervisionLimits.h"
 #include "SupervisorOnTheBus.h"
 
 #include "NamedProcess.h"
@@ -5,6 +6,10 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <QDBusConnectionInterface>
+
+#include <vector>
 
 namespace orvo
 {
@@ -46,6 +51,38 @@ TEST_F(BusCommands, AnswerAPingWithUp)
     EXPECT_TRUE(statusOf(reply).message.isEmpty());
     EXPECT_EQ("up", reply.arguments().value(1).toString());
     EXPECT_THAT(m_device.lines(), IsEmpty());
+}
+
+TEST_F(BusCommands, AnswerTheirOwnProgramAtOnce)
+{
+    QString status;
+    EXPECT_EQ(0, m_supervisor->getServiceStatus(m_unknown, status).code);
+    EXPECT_EQ("unknown", status);
+}
+
+TEST_F(BusCommands, RefuseACallBehindTooManyOthers)
+{
+    QDBusMessage message = QDBusMessage::createMethodCall(
+        kName, QLatin1String(kBusObjectPath), kName, QStringLiteral("getServiceStatus"));
+    message.setArguments({m_unknown});
+    std::vector<QDBusPendingCall> calls;
+    for (std::size_t call = 0; call < kWaitingCallLimit + 1; ++call)
+    {
+        calls.push_back(m_client.asyncCall(message));
+    }
+    // When both connections have had an answer since, all the calls have arrived.
+    EXPECT_TRUE(m_client.interface()->isServiceRegistered(kName));
+    EXPECT_TRUE(QDBusConnection::systemBus().interface()->isServiceRegistered(kName));
+    EXPECT_TRUE(runUntil([&] { return calls.back().isFinished(); }));
+    EXPECT_EQ("org.freedesktop.DBus.Error.LimitsExceeded", calls.back().error().name());
+    EXPECT_EQ("too many calls are waiting", calls.back().error().message());
+    calls.pop_back();
+    for (QDBusPendingCall& call : calls)
+    {
+        EXPECT_TRUE(runUntil([&] { return call.isFinished(); }));
+        EXPECT_EQ(0, codeOf(call.reply()));
+    }
+    EXPECT_THAT(m_device.lines(), ElementsAre("WARN DbusCmd: 64 calls are waiting, refusing more"));
 }
 
 TEST_F(BusCommands, ListTheRegisteredServicesByName)
