@@ -5,18 +5,22 @@ import subprocess
 from typing import Sequence
 
 from wardex_desk import control
+from wardex_desk.box import device_environment
 from wardex_desk.instance import Instance
-from wardex_desk.places import SHORT_PATH
 
 INTERACTIVE = "bash --rcfile /opt/orvo/etc/profile"
+PERSONS_WISHES = ("NO_COLOR",)
 NAMESPACES = ("-m", "-p", "-n", "-i", "-u")
 
 
 def entering(boot_program: int, words: Sequence[str]) -> list[str]:
     """The command line that runs a program in the box of this process."""
-    variables = [f"PATH={SHORT_PATH}", "HOME=/root", "LANG=C.UTF-8"]
-    variables.append(f"TERM={os.environ.get('TERM', 'dumb')}")
-    inside = ["env", "-i", *variables, *words]
+    variables = {
+        **device_environment(),
+        "TERM": os.environ.get("TERM", "dumb"),
+        **{name: os.environ[name] for name in PERSONS_WISHES if name in os.environ},
+    }
+    inside = ["env", "-i", *(f"{name}={value}" for name, value in variables.items()), *words]
     if _same(boot_program, "pid"):
         return inside
     options = [*NAMESPACES]

@@ -1,5 +1,6 @@
 """The command ./run as a person uses it, from another process."""
 
+import json
 import os
 import pty
 import signal
@@ -110,6 +111,19 @@ def test_operators_command_runs_on_the_device_and_answers_its_status(camera, hom
     assert (status, output[:1]) == (5, "{")
     assert command(home, "ctl", "log", "-g", "no such message", "--source", "$HOME;") == (0, "")
     assert command(home, "ctl", "frob")[0] == 64
+
+
+def test_operators_command_reads_the_eeproms_of_the_device(camera, home):
+    findings = json.loads(command(home, "ctl", "doctor", "--json")[1])["findings"]
+    told = {finding["object"]: finding["text"] for finding in findings}
+    assert told["EEPROM F (2-0054)"] == "type code 340, checksum right"
+    assert told["device family"] == "ZK4XX"
+
+
+def test_wish_for_no_colour_reaches_the_device(camera, home, monkeypatch):
+    monkeypatch.setenv("NO_COLOR", "1")
+    monkeypatch.setenv("OTHER", "1")
+    assert command(home, "sh", "echo $NO_COLOR$OTHER") == (0, "1\n")
 
 
 def test_operators_command_needs_a_device(home):
