@@ -6,7 +6,7 @@ import re
 import pytest
 from camera import PICTOR, VISTOR, WIRL
 
-UP, FAILED, NOT_UP, UNKNOWN, SILENT, NO_LOG = 0, 1, 3, 4, 5, 6
+UP, FAILED, NOT_UP, UNKNOWN, SILENT, NO_LOG, WRONG = 0, 1, 3, 4, 5, 6, 64
 DEAD = f"Service {PICTOR} considered dead, restarting"
 HEADER = "SERVICE  RUN LEVEL  PROCESS       AVAILABLE             STRIKES  LAST SCRIPT"
 # Only verbs that neither change something nor wait.
@@ -280,6 +280,72 @@ def test_supervisor_that_hangs_is_silent(boot):
     status, lines = ctl(camera, "status")
     assert (status, lines[0]) == (SILENT, "waiting for the supervisor ...")
     assert lines[1].startswith("supervisor silent  family ZK4XX, supervisor does not answer")
+
+
+def test_bus_that_is_gone_is_told_before_the_records(boot):
+    camera = boot(developer=True)
+    camera.await_stable()
+    camera.bus("stop")
+    status, lines = ctl(camera)
+    assert status == SILENT
+    assert lines[0].startswith("wardexctl: system bus: cannot be reached (")
+    assert lines[2].startswith("supervisor silent  family ZK4XX, supervisor does not answer")
+    assert "Next      not known while the system bus cannot be reached" in lines
+
+
+# What is unknown.
+
+
+def test_unknown_service_ends_each_verb_alike(stable):
+    name = ("other", "no service is called so")
+    bus_name = ("com.orvo.other", "this device does not run such a service")
+    for words in (
+        *(["status"], ["why"], ["is-up"], ["start"], ["stop"], ["restart"], ["grace"]),
+        ["monitor", "--until"],
+    ):
+        for asked, cause in (name, bus_name):
+            state = "=up" if words[0] == "monitor" else ""
+            rest = ["30s"] if words == ["grace"] else []
+            status, lines = ctl(stable, *words, asked + state, *rest)
+            assert status == UNKNOWN, words
+            if rest == [] or asked == "other":
+                assert lines[0] == f"wardexctl: {asked}: {cause}", words
+
+
+def test_service_of_another_family_is_not_waited_for(boot):
+    camera = boot(family="ZM7xx", developer=True)
+    camera.await_true(lambda: ctl(camera, "list")[0] == UP, "the supervisor")
+    assert ctl(camera, "monitor", "--until", "pictor=up") == (
+        UNKNOWN,
+        [
+            "wardexctl: com.orvo.pictor: this device does not run such a service",
+            "  wardexctl list shows those it runs.",
+        ],
+    )
+
+
+def test_wrong_words_are_told_with_the_verb_and_to_programs(stable):
+    assert ctl(stable, "start") == (
+        WRONG,
+        ["wardexctl: start: NAME is required", "  See wardexctl start --help."],
+    )
+    assert ctl(stable, "log", "-n", "-3") == (
+        WRONG,
+        [
+            "wardexctl: log: --newest: '-3' is no number of records: say 20",
+            "  See wardexctl log --help.",
+        ],
+    )
+    assert ask(stable, "frob") == (
+        WRONG,
+        {
+            "error": {
+                "object": "command line",
+                "cause": "The following argument was not expected: frob",
+                "remedy": "See wardexctl --help.",
+            }
+        },
+    )
 
 
 # Without Redis.

@@ -201,6 +201,18 @@ def test_bus_policy_that_is_missing_is_found(put_on_desk):
     )
 
 
+def test_log_that_the_supervisor_has_lost_is_found(developers):
+    developers.redis("restart")
+    status, found = examine(developers)
+    assert status == TROUBLE
+    assert found[CACHE] == (
+        "trouble",
+        "Redis started after the supervisor, which has lost its log",
+        "Start the supervisor again: its logger does not connect again.",
+    )
+    assert "/tmp/redis.sock" not in found
+
+
 def test_bus_that_is_gone_is_found(developers):
     developers.bus("stop")
     status, found = examine(developers)

@@ -14,7 +14,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <iostream>
 #include <memory>
 #include <string>
 #include <vector>
@@ -93,6 +92,14 @@ void addServiceVerbs(CLI::App& app, Words& words)
     monitor->add_option("--timeout", words.monitor.timeout, "Ends after that time");
 }
 
+/// The complaint about a text that is no number of records; empty when it is one.
+std::string complaintOfCount(const std::string& text)
+{
+    const bool isNumber =
+        !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+    return isNumber ? "" : "'" + text + "' is no number of records: say 20";
+}
+
 void addLogVerbs(CLI::App& app, Words& words)
 {
     CLI::App* const log = addVerb(
@@ -102,7 +109,7 @@ void addLogVerbs(CLI::App& app, Words& words)
         [&words](const Output& output) { return LogVerb(output, words.log, words.follows).run(); });
     log->add_flag("-f,--follow", words.follows, "Goes on with the records that come");
     log->add_option("-n,--newest", words.log.newest, "At most so many of the stored records")
-        ->check(CLI::NonNegativeNumber);
+        ->check(complaintOfCount);
     log->add_option("--since", words.log.since, "10m ago, or from 05:30 or 05:30:10 on");
     log->add_option("--level", words.log.level, "This level and more serious ones");
     log->add_option("--source", words.log.source, "Only records of this program");
@@ -166,6 +173,19 @@ std::vector<std::string> wordsOf(int argc, char** argv)
     return words;
 }
 
+int complainOfWords(const CLI::App& app, int argc, char** argv, const std::string& cause)
+{
+    const std::vector<CLI::App*> verbs = app.get_subcommands();
+    const std::string verb = verbs.empty() ? "" : verbs.front()->get_name();
+    // The library tells nothing of flags when other words are wrong.
+    const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+    const bool isJson = std::find(words.begin(), words.end(), "--json") != words.end();
+    Output(isJson, false)
+        .problem({verb.empty() ? "command line" : verb, cause,
+                  "See wardexctl " + (verb.empty() ? "" : verb + " ") + "--help."});
+    return kUsage;
+}
+
 } // namespace
 
 int runCommandLine(int argc, char** argv)
@@ -197,8 +217,7 @@ int runCommandLine(int argc, char** argv)
     }
     catch (const CLI::ParseError& error)
     {
-        std::cerr << "wardexctl: " << error.what() << "\n  See wardexctl --help.\n";
-        return kUsage;
+        return complainOfWords(app, argc, argv, error.what());
     }
     return words.run(Output(words.json, wantsColour()));
 }

@@ -368,10 +368,15 @@ TEST_F(MonitorOnTheBus, TellsThatTheSupervisorGoesAndComesBack)
 TEST_F(MonitorOnTheBus, RefusesWhatCannotBeWaitedFor)
 {
     supervise();
-    for (const char* until : {"pictor", "pictor=ready", "wirl=up", "=up", "nobody=up"})
+    for (const char* until : {"pictor", "pictor=ready", "wirl=up"})
     {
         monitored({until, ""});
         EXPECT_EQ(kUsage, m_status) << until;
+    }
+    for (const char* until : {"=up", "nobody=up", "com.orvo.nobody=down"})
+    {
+        monitored({until, ""});
+        EXPECT_EQ(kUnknown, m_status) << until;
     }
     monitored({"", "soon"});
     EXPECT_EQ(kUsage, m_status);

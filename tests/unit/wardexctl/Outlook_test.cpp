@@ -17,6 +17,7 @@ namespace
 constexpr BusView kAnswers{true, true};
 constexpr BusView kAnswersUnlisted{true, false};
 constexpr BusView kSilent{false, false};
+constexpr BusView kNoBus{false, false, false};
 constexpr char kGraceOfAMinute[] =
     "setServicePingTimeoutOneShot: restartTimer(com.orvo.pictor, 60000)";
 } // namespace
@@ -66,6 +67,14 @@ TEST_F(OutlookTest, SilentSupervisorIsSilentWhateverTheRecordsSay)
     EXPECT_EQ("supervisor silent", verdict(kSilent, 30));
     EXPECT_THAT(next(30, kSilent),
                 testing::ElementsAre("-1.0 nobody feeds the watchdog: it will reset the device"));
+}
+
+TEST_F(OutlookTest, NobodyKnowsWhatComesWithoutTheBus)
+{
+    m_story.becomesStable();
+    EXPECT_EQ("supervisor silent", verdict(kNoBus, 30));
+    EXPECT_THAT(next(30, kNoBus),
+                testing::ElementsAre("-1.0 not known while the system bus cannot be reached"));
 }
 
 TEST_F(OutlookTest, StartingDeviceBecomesUnstableOnItsSixthTick)

@@ -118,12 +118,23 @@ TEST_F(StatusViewTest, SaysDeveloperModeInRedOnATerminalAndInWordsEverywhere)
 TEST_F(StatusViewTest, KnowsTheServicesFromTheRecordsWhenTheSupervisorIsSilent)
 {
     m_view.overview = {};
+    m_view.overview.answer.kind = BusAnswer::Kind::NoSupervisor;
     RecordStory story;
     const auto shown = lines(story.becomesStable());
     EXPECT_EQ("supervisor silent  family ZK4XX, supervisor does not answer", shown[0]);
     EXPECT_THAT(shown,
                 Contains("pictor   up         ?             up for 20 s           -        -"));
     EXPECT_THAT(shown, Contains("Next      nobody feeds the watchdog: it will reset the device"));
+}
+
+TEST_F(StatusViewTest, LogWithoutTheSupervisorMayBeMaskedOrLost)
+{
+    const auto shown = lines(RecordStory());
+    EXPECT_THAT(shown, Contains("The log has nothing of the supervisor: TRACE is masked, or its "
+                                "log was lost;"));
+    EXPECT_THAT(shown, Contains("  wardexctl loglevel wardex +TRACE; if nothing comes: wardexctl "
+                                "doctor"));
+    EXPECT_THAT(shown, Not(Contains("  wardexctl loglevel wardex +TRACE")));
 }
 
 TEST_F(StatusViewTest, SaysThatTheLogDoesNotAnswer)

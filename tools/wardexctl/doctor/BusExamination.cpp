@@ -2,6 +2,7 @@
 #include "dbus-proxy/BusNames.h"
 #include "doctor/DoctorPaths.h"
 #include "doctor/Examinations.h"
+#include "doctor/ServerProcess.h"
 #include "log-reading/RedisLink.h"
 #include "logger/LogDefaults.h"
 #include "model/SupervisorEvent.h"
@@ -56,12 +57,35 @@ void examineOwner(QDBusConnectionInterface& bus, Findings& findings)
                         "Start it by its init script; its last words are in wardexctl log."});
 }
 
-void examineServer(const char* socket, const char* holds, Findings& findings)
+/// Whether a server started while the supervisor ran, whose logger connects only at its start.
+bool isYoungerThanSupervisor(const char* socket)
+{
+    const QDBusConnection bus = QDBusConnection::systemBus();
+    const auto server = serverProcess(socket);
+    if (!bus.isConnected() || !server)
+    {
+        return false;
+    }
+    const QDBusReply<uint> supervisor = bus.interface()->servicePid(QLatin1String(kWardexBusName));
+    const auto age = ageOfProcess(*server);
+    const auto supervisorAge =
+        supervisor.isValid() ? ageOfProcess(static_cast<int>(supervisor.value())) : std::nullopt;
+    constexpr double kStartSeconds = 1;
+    return age && supervisorAge && *age + kStartSeconds < *supervisorAge;
+}
+
+/// isKept: the supervisor's connection is made once, and kept.
+void examineServer(const char* socket, const char* holds, bool isKept, Findings& findings)
 {
     RedisLink link(socket);
     if (link.answers())
     {
-        findings.push_back({Finding::Grade::Fine, socket, "Redis answers", ""});
+        const bool isLost = isKept && isYoungerThanSupervisor(socket);
+        findings.push_back(
+            {isLost ? Finding::Grade::Trouble : Finding::Grade::Fine, socket,
+             isLost ? "Redis started after the supervisor, which has lost its log"
+                    : "Redis answers",
+             isLost ? "Start the supervisor again: its logger does not connect again." : ""});
         return;
     }
     findings.push_back({Finding::Grade::Trouble, socket,
@@ -101,8 +125,9 @@ bool examineBus(Findings& findings)
 
 void examineRedis(Findings& findings)
 {
-    examineServer(Logger::kLogSocket, "the log", findings);
-    examineServer(Logger::kConfigSocket, "the stored log configuration", findings);
+    // To the other one the logger connects anew each time.
+    examineServer(Logger::kLogSocket, "the log", true, findings);
+    examineServer(Logger::kConfigSocket, "the stored log configuration", false, findings);
 }
 
 } // namespace orvo::ctl

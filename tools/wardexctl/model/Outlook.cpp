@@ -243,6 +243,10 @@ std::optional<Strikes> strikesOf(const DeviceFacts& facts, const ServiceFacts& s
 std::vector<NextEvent> nextEvents(const DeviceFacts& facts, const BusView& bus, double now)
 {
     std::vector<NextEvent> events;
+    if (!bus.isThere && !facts.reboot)
+    {
+        return {{-1, "not known while the system bus cannot be reached"}};
+    }
     if (!bus.answers && !facts.reboot)
     {
         return {{-1, "nobody feeds the watchdog: it will reset the device"}};

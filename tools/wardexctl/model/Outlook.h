@@ -27,6 +27,7 @@ struct BusView
 {
     bool answers{false};
     bool areJudgedListed{false}; ///< both judged services are in the supervisor's list
+    bool isThere{true};          ///< the bus itself; without it the supervisor may run on
 };
 
 /// Whether a judged service is available: by the records where they tell, else by the supervisor's

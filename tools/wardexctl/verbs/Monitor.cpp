@@ -13,6 +13,8 @@
 #include <QEventLoop>
 #include <QTimer>
 
+#include <algorithm>
+
 namespace orvo::ctl
 {
 
@@ -20,9 +22,9 @@ Monitor::Monitor(const Output& output) : m_output(output) {}
 
 int Monitor::run(const MonitorOptions& options)
 {
-    if (!options.until.empty() && !setUntil(options.until))
+    if (const int status = options.until.empty() ? kOk : setUntil(options.until); status != kOk)
     {
-        return kUsage;
+        return status;
     }
     if (!options.timeout.empty() && !durationOf(options.timeout))
     {
@@ -33,21 +35,30 @@ int Monitor::run(const MonitorOptions& options)
     return status != kOk || m_isReached ? status : wait(options.timeout);
 }
 
-bool Monitor::setUntil(const std::string& until)
+int Monitor::setUntil(const std::string& until)
 {
     const std::size_t sign = until.find('=');
     const std::string state = sign == std::string::npos ? "" : until.substr(sign + 1);
-    const auto busName = busNameOf(until.substr(0, sign));
-    const NamedService* const service = busName ? findService(*busName) : nullptr;
-    if (service == nullptr || !service->isJudged || (state != "up" && state != "down"))
+    const bool isState = state == "up" || state == "down";
+    const std::string busName = isState ? resolved(m_output, until.substr(0, sign)) : "";
+    if (isState && busName.empty())
+    {
+        return kUnknown;
+    }
+    const NamedService* const service = findService(busName);
+    if (isState && service == nullptr)
+    {
+        return complainUnknown(m_output, busName);
+    }
+    if (!isState || !service->isJudged)
     {
         m_output.problem(
             {until, "is nothing to wait for", "Say NAME=up or NAME=down, of corvane or pictor."});
-        return false;
+        return kUsage;
     }
     m_untilName = service->busName;
     m_untilUp = state == "up";
-    return true;
+    return kOk;
 }
 
 int Monitor::begin()
@@ -65,6 +76,15 @@ int Monitor::begin()
     if (!overview.answer.isAnswered())
     {
         return complainSilent(m_output, overview.answer);
+    }
+    const auto isUntil = [this](const ServiceView& each)
+    {
+        return each.name == m_untilName;
+    };
+    if (!m_untilName.empty() &&
+        std::none_of(overview.services.begin(), overview.services.end(), isUntil))
+    {
+        return complainUnknown(m_output, m_untilName);
     }
     for (const ServiceView& view : overview.services)
     {

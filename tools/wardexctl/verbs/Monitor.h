@@ -42,7 +42,8 @@ private Q_SLOTS:
     void ownerChanged(const QString& name, const QString& before, const QString& now);
 
 private:
-    bool setUntil(const std::string& until);
+    /// The status to end with at once when that is nothing to wait for.
+    int setUntil(const std::string& until);
     void tell(const std::string& service, const std::string& state);
     void take(const std::string& busName, bool isUp);
     int begin();

@@ -73,6 +73,10 @@ StatusView gather(const Output& output, const std::string& busName)
     {
         const DeviceClock asked = DeviceClock::now();
         view.overview = askForServices();
+        if (view.overview.answer.kind == BusAnswer::Kind::NoBus)
+        {
+            output.problem(SupervisorClient::problemOf(view.overview.answer));
+        }
         // What it did meanwhile belongs to the picture.
         if (view.hasLog && DeviceClock::now().age(asked.monotonic) > kLongSeconds)
         {
@@ -172,6 +176,10 @@ int explainWhy(const Output& output, const std::string& name)
     if (busName.empty() != name.empty())
     {
         return kUnknown;
+    }
+    if (!busName.empty() && findService(busName) == nullptr)
+    {
+        return complainUnknown(output, busName);
     }
     StoredLog log;
     const auto stored = log.read();

@@ -148,6 +148,15 @@ std::vector<StyledLine> remarkLines(const StatusView& view)
     {
         lines.push_back({{Tone::Bad, "The log does not answer: states are not known."}});
     }
+    else if (view.facts.pid.empty())
+    {
+        lines.push_back(
+            {{Tone::Warning,
+              "The log has nothing of the supervisor: TRACE is masked, or its log was lost;"}});
+        lines.push_back(
+            {{Tone::Warning,
+              "  wardexctl loglevel wardex +TRACE; if nothing comes: wardexctl doctor"}});
+    }
     else if (!view.facts.isTraceSeen)
     {
         lines.push_back(

@@ -75,7 +75,8 @@ bool StatusView::isUp(const ServiceView& service) const
 
 BusView StatusView::bus() const
 {
-    return {overview.answer.isAnswered(), overview.areJudgedListed()};
+    return {overview.answer.isAnswered(), overview.areJudgedListed(),
+            overview.answer.kind != BusAnswer::Kind::NoBus};
 }
 
 Verdict StatusView::verdict() const
