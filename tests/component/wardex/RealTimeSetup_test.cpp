@@ -56,20 +56,6 @@ void giveUpPrivileges()
     allow(RLIMIT_RTPRIO, 0);
 }
 
-long lockedKb()
-{
-    std::ifstream status("/proc/self/status");
-    long locked = 0;
-    for (std::string word; status >> word;)
-    {
-        if (word == "VmLck:")
-        {
-            status >> locked;
-        }
-    }
-    return locked;
-}
-
 [[nodiscard]] bool mayBecomeRealTime()
 {
     const sched_param parameter{1};
@@ -92,6 +78,20 @@ protected:
     {
         Logger::RedisLogger logger("wardex", Logger::kLogSocket, Logger::kLogList, true);
         setUpRealTime(logger);
+    }
+
+    static long lockedKb()
+    {
+        std::ifstream status("/proc/self/status");
+        long locked = 0;
+        for (std::string word; status >> word;)
+        {
+            if (word == "VmLck:")
+            {
+                status >> locked;
+            }
+        }
+        return locked;
     }
 
     test::LoggedDevice m_device;
