@@ -38,11 +38,12 @@ def tree(tmp_path):
 
 
 class CannedCopy:
-    """Builds anything; the tests end as they are told to."""
+    """Builds anything; with a mutant the tests end as they are told to, without one green or red."""
 
-    def __init__(self, *failures):
+    def __init__(self, *failures, red=()):
         self.failures = list(failures)
-        self.made = []
+        self.red = list(red)
+        self.is_changed = False
 
     def fill(self):
         pass
@@ -50,14 +51,16 @@ class CannedCopy:
     configure = fill
 
     def make(self, program):
-        self.made.append(program)
+        pass
 
     def test(self, patterns, *options):
-        return self.failures
+        return self.failures if self.is_changed else self.red
 
     @contextlib.contextmanager
     def changed(self, changed):
+        self.is_changed = True
         yield
+        self.is_changed = False
 
 
 def test_a_line_is_changed_and_keeps_its_place():
@@ -136,9 +139,23 @@ def test_a_test_that_did_not_run_judges_nothing(end):
 
 def test_without_green_tests_on_the_unchanged_tree_nothing_is_killed():
     hunt = run.Hunt([mutant()])
-    hunt.work(CannedCopy(("room_tests/Limit.A", "Failed")))
+    hunt.work(CannedCopy(("room_tests/Limit.A", "Failed"), red=[("room_tests/Limit.A", "Failed")]))
     assert [each.verdict for each in hunt.results] == [run.ERROR]
     assert "without any mutant room_tests/Limit.A" in hunt.results[0].detail
+
+
+@pytest.mark.parametrize(
+    "failures, status, figures",
+    [
+        ([("room_tests/Limit.A", "Failed")], 0, "killed: 1 (by time-out: 0); survived: 0"),
+        ([("room_tests/Limit.A", "Timeout")], 0, "killed: 1 (by time-out: 1); survived: 0"),
+        ([], 1, "killed: 0 (by time-out: 0); survived: 1; errors: 0"),
+    ],
+)
+def test_a_survivor_fails_the_run(monkeypatch, capsys, tmp_path, failures, status, figures):
+    monkeypatch.setattr(run, "Copy", lambda folder: CannedCopy(*failures))
+    assert run.hunt([mutant()], 1, tmp_path) == status
+    assert figures in capsys.readouterr().out
 
 
 def test_summary_of_ctest_is_understood():
