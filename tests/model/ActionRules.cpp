@@ -235,7 +235,7 @@ int SupervisorModel::setPingTimeoutOneShot(const std::string& name, int interval
     const std::string call = "setServicePingTimeoutOneShot: restartTimer(" + name + ", " +
                              std::to_string(intervalMs) + ")";
     const unsigned machine = find(name);
-    if (machine >= kMachines)
+    if (machine >= kMachines || intervalMs < 0)
     {
         log(kWarn, call + " failed !");
         return kTimerRestartFailed;

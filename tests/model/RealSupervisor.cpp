@@ -135,7 +135,7 @@ RealSupervisor::Tables::~Tables()
     g_services.clear();
 }
 
-RealSupervisor::RealSupervisor(const ModelSetting& setting, World* world)
+RealSupervisor::RealSupervisor(const ModelSetting& setting, Surroundings* world)
     : m_tables((enterRealWorld(world, setting.logMask), setting)),
       m_logger(setting.program, Logger::kLogSocket, Logger::kLogList, true),
       m_registry(&m_logger, setting.isDeveloper), m_dbusCmd(&m_registry, &m_logger),

@@ -7,7 +7,8 @@
 #include "SuprSM.h"
 #include "SuprSMSystem.h"
 
-#include "World.h"
+#include "ModelState.h"
+#include "Surroundings.h"
 #include "WorldClock.h"
 
 #include "logger/RedisLogger.h"
@@ -41,7 +42,7 @@ public:
 class RealSupervisor
 {
 public:
-    RealSupervisor(const ModelSetting& setting, World* world);
+    RealSupervisor(const ModelSetting& setting, Surroundings* world);
     ~RealSupervisor();
     RealSupervisor(const RealSupervisor&) = delete;
     RealSupervisor& operator=(const RealSupervisor&) = delete;

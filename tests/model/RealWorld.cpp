@@ -17,7 +17,6 @@
 #include <string>
 
 #include <linux/watchdog.h>
-#include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -27,23 +26,24 @@ namespace orvo::model
 namespace
 {
 
-World* g_world = nullptr;
+Surroundings* g_world = nullptr;
 std::uint32_t g_logMask = 0;
 
+/// A socket that leads nowhere.
 int openNothing()
 {
-    return eventfd(0, EFD_CLOEXEC);
+    return socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
 }
 
 } // namespace
 
-void enterRealWorld(World* world, std::uint32_t logMask)
+void enterRealWorld(Surroundings* world, std::uint32_t logMask)
 {
     g_world = world;
     g_logMask = logMask;
 }
 
-World& realWorld()
+Surroundings& realWorld()
 {
     return *g_world;
 }
@@ -61,7 +61,7 @@ void noteRecord(const char* record)
         source == std::string::npos || text.size() < source + between.size() + end.size() ||
         text.compare(text.size() - end.size(), end.size(), end) != 0)
     {
-        realWorld().note("record of no form: " + text);
+        realWorld().record("?", text);
         return;
     }
     const std::size_t level = text.find("\"C\":\"") + 5;
@@ -81,7 +81,7 @@ extern "C"
     {
         if (std::strcmp(path, "/dev/watchdog") != 0)
         {
-            realWorld().note(std::string("open ") + path);
+            realWorld().record("?", std::string("open ") + path);
             return -1;
         }
         return realWorld().openWatchdog() ? orvo::model::openNothing() : -1;
@@ -125,8 +125,7 @@ extern "C"
 
     redisContext* __wrap_redisConnectUnix(const char* /*path*/)
     {
-        // Not just any descriptor: the logger sets how long it may wait.
-        return redisConnectFd(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+        return redisConnectFd(orvo::model::openNothing());
     }
 }
 // NOLINTEND(readability-identifier-naming)

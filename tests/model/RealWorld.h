@@ -1,6 +1,6 @@
 #pragma once
 
-#include "World.h"
+#include "Surroundings.h"
 
 #include <cstdint>
 
@@ -12,9 +12,9 @@ namespace orvo::model
 /// stored configuration of the log has this mask.
 ///
 /// Borrows: the world.
-void enterRealWorld(World* world, std::uint32_t logMask);
+void enterRealWorld(Surroundings* world, std::uint32_t logMask);
 
 /// The world that the process is in; there must be one.
-World& realWorld();
+Surroundings& realWorld();
 
 } // namespace orvo::model

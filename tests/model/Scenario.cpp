@@ -25,7 +25,7 @@ constexpr std::array<Kind, 16> kKinds{
     Kind::OneShot, Kind::OneShot, Kind::StepClock, Kind::StepClock, Kind::StepClock, Kind::Start,
     Kind::Stop,    Kind::List,    Kind::Status,    Kind::Interval};
 
-constexpr std::array<std::int64_t, 7> kOneShots{400, 999, 1000, 2200, 10'000, 30'000, 120'000};
+constexpr std::array<std::int64_t, 8> kOneShots{-1, 400, 999, 1000, 2200, 10'000, 30'000, 120'000};
 constexpr std::array<std::int64_t, 6> kIntervals{500, 900, 1000, 1000, 2200, 5000};
 /// Rare, because a service that is pinged so often fills a scenario.
 constexpr std::array<std::int64_t, 3> kHasty{0, 1, 50};

@@ -2,10 +2,7 @@
 
 #include "Duel.h"
 #include "VirtualTime.h"
-
-#include "dbus-proxy/DbusTypes.h"
-
-#include <QCoreApplication>
+#include "WorldProcess.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -26,7 +23,6 @@ namespace
 
 constexpr int kPlayed = 0;
 constexpr int kDiffered = 1;
-constexpr int kSignalled = 128;
 constexpr double kMsPerHour = 3'600'000;
 
 /// Written by the process of a seed, read when it has ended.
@@ -61,11 +57,6 @@ SharedFigures* makeShared()
     return new (memory) SharedFigures;
 }
 
-int endOf(int status)
-{
-    return WIFSIGNALED(status) ? kSignalled + WTERMSIG(status) : WEXITSTATUS(status);
-}
-
 struct SeedWork
 {
     std::uint64_t seed;
@@ -87,39 +78,6 @@ int playSeed(void* argument)
     return verdict.isAgreed ? kPlayed : kDiffered;
 }
 
-[[noreturn]] void runWorldProcess(int (*work)(void*), void* argument)
-{
-    // Deaf to the bus of the machine; the names of the program and of its records are the device's.
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
-    (void)setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus", 1);
-    static char name[] = "wardex";
-    program_invocation_short_name = name;
-    test::VirtualTime::install();
-    int argc = 1;
-    char* argv[] = {name, nullptr};
-    const QCoreApplication application(argc, argv);
-    registerDbusTypes();
-    const int status = work(argument);
-    std::fflush(nullptr);
-    _exit(status);
-}
-
-pid_t startWorldProcess(int (*work)(void*), void* argument)
-{
-    std::fflush(nullptr);
-    const pid_t child = fork();
-    if (child == 0)
-    {
-        runWorldProcess(work, argument);
-    }
-    if (child < 0)
-    {
-        std::perror("model: no process for a seed");
-        std::exit(EXIT_FAILURE); // NOLINT(concurrency-mt-unsafe): one thread
-    }
-    return child;
-}
-
 /// The seeds that are being played.
 class Players
 {
@@ -131,7 +89,8 @@ public:
         SharedFigures* const shared = makeShared();
         LastWords lastWords(std::tmpfile());
         SeedWork work{seed, &m_order, shared, lastWords.get()};
-        m_running[startWorldProcess(playSeed, &work)] = {seed, shared, std::move(lastWords)};
+        m_running[startWorldProcess(test::VirtualTime::install, playSeed, &work)] = {
+            seed, shared, std::move(lastWords)};
     }
 
     void awaitOne(SeedFigures& figures)
@@ -139,7 +98,7 @@ public:
         int status = 0;
         const pid_t child = wait(&status);
         const auto& [seed, shared, lastWords] = m_running.at(child);
-        const int end = endOf(status);
+        const int end = endOfProcess(status);
         if (end > kDiffered)
         {
             *shared = {{}, 0, 1, 1};
@@ -225,14 +184,6 @@ SeedFigures playSeeds(const SeedOrder& order)
         players.awaitOne(figures);
     }
     return figures;
-}
-
-int inOwnWorldProcess(int (*work)(void*), void* argument)
-{
-    const pid_t child = startWorldProcess(work, argument);
-    int status = 0;
-    waitpid(child, &status, 0);
-    return endOf(status);
 }
 
 } // namespace orvo::model

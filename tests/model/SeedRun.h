@@ -34,8 +34,4 @@ struct SeedOrder
 /// process crashed, goes to standard output with what differed and how to play it again.
 SeedFigures playSeeds(const SeedOrder& order);
 
-/// Does the work in a process of its own, which has virtual time; the exit status, 128 + signal
-/// when it crashed.
-int inOwnWorldProcess(int (*work)(void*), void* argument);
-
 } // namespace orvo::model

@@ -1,5 +1,6 @@
 // The model of supervision beside the product's objects; see usage() and docs/reliability.md.
 
+#include "GraphRun.h"
 #include "SeedRun.h"
 
 #include <cstdio>
@@ -22,10 +23,13 @@ constexpr std::int64_t kUsualHours = 2;
 
 int usage()
 {
-    std::fputs("Usage: wardex_model seeds FIRST COUNT [HOURS]   play seeds (2 hours each)\n"
-               "       wardex_model replay SEED [HOURS]         play one, and tell every deed\n"
-               "       wardex_model year                        play a simulated year\n",
-               stderr);
+    std::fputs(
+        "Usage: wardex_model seeds FIRST COUNT [HOURS]   play seeds (2 hours each)\n"
+        "       wardex_model replay SEED [HOURS]         play one, and tell every deed\n"
+        "       wardex_model year                        play a simulated year\n"
+        "       wardex_model explore KIND                walk every state: field, developer,\n"
+        "                                                field-without, developer-without\n",
+        stderr);
     return EXIT_FAILURE;
 }
 
@@ -63,6 +67,10 @@ int main(int argc, char** argv)
         order.hours = number(words, 2, kUsualHours);
         order.isTold = true;
         return play(order);
+    }
+    if (what == "explore" && words.size() == 2)
+    {
+        return orvo::model::exploreDevice(words[1]) ? EXIT_SUCCESS : EXIT_FAILURE;
     }
     if (what == "year")
     {
