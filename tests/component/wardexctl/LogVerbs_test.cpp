@@ -333,6 +333,18 @@ TEST_F(LogLevelVerb, ShowsTheDefaultAndWhatIsStored)
     EXPECT_EQ("wardex           WARN (stored)\n", output());
 }
 
+TEST_F(LogLevelVerb, IgnoresAStoredMaskThatNoLoggerTakes)
+{
+    for (const char* mask : {"1e300", "-1e300", "4294967296", "-2147483649", "\"255\""})
+    {
+        test::RedisClient(Logger::kConfigSocket)
+            .command({"HSET", Logger::kConfigHash, "wardex",
+                      std::string(R"({"source":"wardex","mask":)") + mask + "}"});
+        ASSERT_EQ(0, run({"loglevel"}));
+        EXPECT_EQ("wardex           WARN,ERROR,FATAL,EMERG (default)\n", output()) << mask;
+    }
+}
+
 TEST_F(LogLevelVerb, FallsBackByItself)
 {
     EXPECT_EQ(0, run({"loglevel", "wardex", "+INFO", "--for", "300ms"}));
@@ -349,6 +361,16 @@ TEST_F(LogLevelVerb, SavesAndKeepsWhatElseIsStored)
     EXPECT_EQ(0, run({"loglevel", "wardex", "all", "--save"}));
     EXPECT_EQ("{\n\"source\" : \"wardex\"\n,\"max\" : 500\n,\"mask\" : 255\n,\"segvregex\" : "
               "\"a\\\\.\\\"b\"\n}\n",
+              stored());
+}
+
+TEST_F(LogLevelVerb, SavesWhatALoggerReadsThoughThePatternIsNoText)
+{
+    test::RedisClient(Logger::kConfigSocket)
+        .command({"HSET", Logger::kConfigHash, "wardex",
+                  R"({"source":"wardex","segvregex":"a\ud800b"})"});
+    EXPECT_EQ(0, run({"loglevel", "wardex", "ERROR", "--save"}));
+    EXPECT_EQ("{\n\"source\" : \"wardex\"\n,\"mask\" : 32\n,\"segvregex\" : \"a?b\"\n}\n",
               stored());
 }
 

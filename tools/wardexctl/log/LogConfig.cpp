@@ -9,6 +9,7 @@
 #include <QJsonDocument>
 
 #include <cstdlib>
+#include <limits>
 #include <set>
 #include <stdexcept>
 
@@ -32,6 +33,19 @@ std::optional<std::uint32_t> announced(const ReadRecord& record)
         std::strtoul(record.message.c_str() + start.size(), nullptr, kHexadecimal));
 }
 
+/// As a logger reads it: one that no 32-bit word holds is ignored like a text.
+std::optional<std::uint32_t> asMask(const QJsonValue& value)
+{
+    constexpr double kLowest = std::numeric_limits<std::int32_t>::lowest();
+    constexpr double kHighest = std::numeric_limits<std::uint32_t>::max();
+    const double number = value.toDouble();
+    if (!value.isDouble() || !(number > kLowest - 1 && number < kHighest + 1))
+    {
+        return std::nullopt;
+    }
+    return static_cast<std::uint32_t>(static_cast<std::int64_t>(number));
+}
+
 QString asText(const char* text)
 {
     return QString::fromLatin1(text);
@@ -40,8 +54,10 @@ QString asText(const char* text)
 /// A text as it stands between the quotes of a JSON string.
 std::string jsonEscaped(const QString& text)
 {
+    // Half a surrogate would make the whole text no JSON to the loggers.
+    const QString wellFormed = QString::fromUtf8(text.toUtf8());
     const QByteArray array =
-        QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact); // ["text"]
+        QJsonDocument(QJsonArray{wellFormed}).toJson(QJsonDocument::Compact); // ["text"]
     constexpr int kAround = 2;
     return array.mid(kAround, array.size() - 2 * kAround).toStdString();
 }
@@ -67,11 +83,9 @@ SourceMask LogConfig::maskOf(const std::string& source) const
     }
     for (const std::string& field : {source, std::string(Logger::kCommonSource)})
     {
-        const QJsonValue mask = stored(field).value(asText("mask"));
-        if (mask.isDouble())
+        if (const auto mask = asMask(stored(field).value(asText("mask"))))
         {
-            return {source, static_cast<std::uint32_t>(static_cast<std::int64_t>(mask.toDouble())),
-                    "stored"};
+            return {source, *mask, "stored"};
         }
     }
     return {source, Logger::kDefaultMask, "default"};
