@@ -280,6 +280,22 @@ TEST_F(TimelineTest, RecordsOfAnEarlierLifeOfTheDeviceAreLeftOut)
     EXPECT_THAT(actionsOf(shown), ElementsAre("8 the supervisor started"));
 }
 
+TEST_F(TimelineTest, RecordOfATimeToComeCountsAsThePresent)
+{
+    RecordStory story;
+    const Timeline timeline =
+        timelineOf(story.says(30.5, "ERROR", "x").records(), {std::nullopt, 30, true, false});
+    EXPECT_THAT(spansOf(timeline), ElementsAre("unknown 29-30: the log begins later"));
+}
+
+TEST_F(TimelineTest, RecordsOutOfOrderLeaveNoGap)
+{
+    RecordStory story;
+    story.traces(10, "SuprStableSystem::entry").traces(9.5, "SuprUnstableSystem::entry");
+    const Timeline timeline = timelineOf(story.records(), {std::nullopt, 12, true, false});
+    EXPECT_THAT(spansOf(timeline), ElementsAre("unstable 10-12"));
+}
+
 TEST_F(TimelineTest, OtherProgramsSayNothing)
 {
     m_story.becomesStable().says(70000, "WARN", kPictorDead, "pictor");

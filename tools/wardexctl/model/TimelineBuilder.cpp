@@ -65,7 +65,10 @@ TimelineBuilder::TimelineBuilder(const TimelineWindow& window) : m_window(window
 
 void TimelineBuilder::add(const ReadRecord& record)
 {
-    const double time = record.seconds();
+    // Programs are stored in another order than they took the time, and anybody may write a time
+    // that is yet to come: no span may end before it begins.
+    const double present = std::min(record.seconds(), m_window.now);
+    const double time = m_isBegun ? std::max(present, m_last) : present;
     const bool isReplaced = m_isBegun && record.pid != m_model.facts().pid;
     if (isReplaced)
     {
