@@ -92,6 +92,18 @@ TEST_F(StatusViewTest, FitsAScreenOfAnySerialConsole)
     EXPECT_THAT(shown, Each(Truly([](const std::string& line) { return line.size() < 80; })));
 }
 
+TEST_F(StatusViewTest, FitsTheScreenWithTheLongestNamesToo)
+{
+    const std::string name(200, 'n');
+    RecordStory story;
+    story.startsDeveloper(1).says(2, "WARN",
+                                  "Registerinng services for the " + name + " family of devices");
+    story.traces(3, "SuprDown::entry (com.orvo.vistor)").traces(4, "SuprUp::entry (" + name + ")");
+    m_view.overview.answer.kind = BusAnswer::Kind::NoSupervisor;
+    EXPECT_THAT(lines(story),
+                Each(Truly([](const std::string& line) { return line.size() < 80; })));
+}
+
 TEST_F(StatusViewTest, FitsTheScreenWithoutTraceToo)
 {
     RecordStory story;

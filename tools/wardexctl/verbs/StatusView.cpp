@@ -16,6 +16,18 @@ namespace
 
 constexpr std::size_t kScreenWidth = 79;
 
+/// Names come out of records that anybody may write, and are as long as they like.
+StyledLine fittedToScreen(StyledLine line)
+{
+    std::size_t room = kScreenWidth;
+    for (Span& span : line)
+    {
+        span.text = fitted(span.text, room);
+        room -= span.text.size();
+    }
+    return line;
+}
+
 QJsonValue wordOrNull(const std::string& word)
 {
     return word.empty() ? QJsonValue() : QJsonValue(QString::fromStdString(word));
@@ -122,14 +134,13 @@ std::vector<std::string> statusLines(const Output& output, const StatusView& vie
     add(remarkLines(view));
     for (const ReadRecord& record : view.records)
     {
-        styled.push_back({{toneOfLevel(record.level),
-                           fitted(shortRecordText(record, view.clock), kScreenWidth)}});
+        styled.push_back({{toneOfLevel(record.level), shortRecordText(record, view.clock)}});
     }
     std::vector<std::string> lines;
     lines.reserve(styled.size());
     for (const StyledLine& line : styled)
     {
-        lines.push_back(textOf(output, line));
+        lines.push_back(textOf(output, fittedToScreen(line)));
     }
     return lines;
 }
