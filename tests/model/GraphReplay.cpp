@@ -32,8 +32,21 @@ std::string listed(const std::vector<std::string>& deeds)
 GraphReplay::GraphReplay(const Exploration& exploration, const ModelSetting& setting)
     : m_exploration(exploration), m_setting(setting), m_modelWorld(setting.isDeveloper),
       m_realWorld(setting.isDeveloper), m_model(setting, &m_modelWorld),
-      m_walked(exploration.edges().size(), 0), m_arrivals(exploration.edges().size())
+      m_arrivals(exploration.edges().size())
 {
+    for (const std::vector<Edge>& edges : exploration.edges())
+    {
+        m_new.push_back((std::uint32_t{1} << edges.size()) - 1);
+        m_ways.push_back(edges);
+        std::vector<Edge>& ways = m_ways.back();
+        const auto isSame = [](const Edge& one, const Edge& other)
+        {
+            return one.target == other.target;
+        };
+        std::sort(ways.begin(), ways.end(),
+                  [](const Edge& one, const Edge& other) { return one.target < other.target; });
+        ways.erase(std::unique(ways.begin(), ways.end(), isSame), ways.end());
+    }
 }
 
 bool GraphReplay::walkAll()
@@ -41,11 +54,9 @@ bool GraphReplay::walkAll()
     powerOn();
     while (m_difference.empty())
     {
-        const std::vector<Edge>& edges = m_exploration.edges()[m_here];
         if (hasNewEdge(m_here))
         {
-            const Edge& edge = edges[m_walked[m_here]++];
-            (void)walk(edge);
+            (void)walk(nextNewEdge());
         }
         else if (!walkToNewEdge())
         {
@@ -76,7 +87,24 @@ void GraphReplay::powerOn()
 
 bool GraphReplay::hasNewEdge(std::uint32_t state) const
 {
-    return m_walked[state] < m_exploration.edges()[state].size();
+    return m_new[state] != 0;
+}
+
+const GraphReplay::Edge& GraphReplay::nextNewEdge()
+{
+    // One that goes on to further new ones spares a search for them.
+    const std::vector<Edge>& edges = m_exploration.edges()[m_here];
+    std::size_t chosen = edges.size();
+    for (std::size_t i = 0; i < edges.size(); ++i)
+    {
+        if ((m_new[m_here] >> i & 1U) != 0 &&
+            (chosen == edges.size() || hasNewEdge(edges[i].target)))
+        {
+            chosen = i;
+        }
+    }
+    m_new[m_here] &= ~(1U << chosen);
+    return edges[chosen];
 }
 
 bool GraphReplay::walkToNewEdge()
@@ -108,7 +136,7 @@ std::vector<GraphReplay::Edge> GraphReplay::wayToNewEdge()
     for (std::size_t next = 0; next < m_ahead.size(); ++next)
     {
         const std::uint32_t state = m_ahead[next];
-        for (const Edge& edge : m_exploration.edges()[state])
+        for (const Edge& edge : m_ways[state])
         {
             Arrival& arrival = m_arrivals[edge.target];
             if (arrival.search == m_search)

@@ -37,6 +37,8 @@ private:
     [[nodiscard]] std::vector<Edge> wayToNewEdge();
     [[nodiscard]] std::vector<Edge> wayTo(std::uint32_t state) const;
     [[nodiscard]] bool hasNewEdge(std::uint32_t state) const;
+    /// Of the present state, which has one; it counts as walked from here on.
+    const Edge& nextNewEdge();
     void chooseWallClock();
     /// False when the device rebooted.
     bool takeOnReal(const Step& step);
@@ -50,7 +52,8 @@ private:
     HandWorld m_realWorld;
     SupervisorModel m_model;
     std::unique_ptr<RealSupervisor> m_real;
-    std::vector<std::size_t> m_walked; ///< by state: so many of its edges, from the first
+    std::vector<std::uint32_t> m_new; ///< by state: a bit for each edge that was not walked yet
+    std::vector<std::vector<Edge>> m_ways; ///< by state: one edge to each state that it leads to
     struct Arrival
     {
         std::uint32_t search{0};

@@ -34,6 +34,7 @@ std::vector<HandTime::Timer> HandTime::timers() const
     std::sort(ordered.begin(), ordered.end(),
               [](const auto& left, const auto& right) { return left.first < right.first; });
     std::vector<Timer> timers;
+    timers.reserve(ordered.size());
     for (const auto& [order, timer] : ordered)
     {
         timers.push_back(timer);

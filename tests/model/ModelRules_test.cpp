@@ -152,7 +152,7 @@ TEST_F(WorldOfASeed, BehavesAlikeForTheSameDeeds)
     CountedClock otherClock(0);
     World world(scenario, &m_clock);
     World other(scenario, &otherClock);
-    for (int i = 0; i < 1000; ++i)
+    for (std::int64_t i = 0; i < 1000; ++i)
     {
         (void)world.ping("com.orvo.pictor");
         (void)other.ping("com.orvo.pictor");
