@@ -30,6 +30,15 @@ TEST_F(DeviceModelTest, KnowsNothingWithoutRecords)
     EXPECT_THAT(facts.services, IsEmpty());
 }
 
+TEST_F(DeviceModelTest, CountsUnstableTicksOfAnyTime)
+{
+    m_story.starts(1).traces(2, "SuprUnstableSystem::entry");
+    m_story.traces(99999999999999.0, "SuprStableSystem::entry");
+    EXPECT_EQ(1000000, m_story.facts().unstableTicks);
+    m_story.traces(3, "SuprUnstableSystem::entry").traces(2.5, "SuprStableSystem::entry");
+    EXPECT_LE(0, m_story.facts().unstableTicks);
+}
+
 TEST_F(DeviceModelTest, KnowsAStableDevice)
 {
     const DeviceFacts facts = m_story.becomesStable().facts();

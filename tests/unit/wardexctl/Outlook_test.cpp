@@ -54,6 +54,17 @@ protected:
     RecordStory m_story;
 };
 
+TEST_F(OutlookTest, TicksOfAnyTimeCanBeCounted)
+{
+    ServiceFacts service;
+    service.state = "SuprStarting";
+    EXPECT_EQ(1000000, ticksOf(service, kPictorBusName, 99999999999999.0));
+    service.ticksBefore = 1000000;
+    EXPECT_EQ(1000000, ticksOf(service, kPictorBusName, 5));
+    service.interval = 1e-300;
+    EXPECT_EQ(1000000, ticksOf(service, kPictorBusName, 5));
+}
+
 TEST_F(OutlookTest, StableDeviceIsStableAndNothingComes)
 {
     m_story.becomesStable();

@@ -100,6 +100,12 @@ TEST_F(LevelMaskTest, ChangesThePresentMask)
     EXPECT_EQ(0x10U, mask("-error+", 0xF0));
 }
 
+TEST_F(LevelMaskTest, DropsBitsThatAreNoLevels)
+{
+    EXPECT_EQ(0xFFU, mask("+debug", 0xFFFFFFFF));
+    EXPECT_EQ(0xFEU, mask("-debug", 0xFFFFFFFF));
+}
+
 TEST_F(LevelMaskTest, RefusesWhatIsNoLevelAndMixtures)
 {
     for (const char* text : {"", "loud", "+trace,warn", "warn,+trace", "+", "warn,,error"})

@@ -87,7 +87,8 @@ std::optional<std::uint32_t> maskOf(const std::string& text, std::uint32_t prese
         return !word.empty() && (word.front() == '+' || word.front() == '-');
     };
     const bool changes = !words.empty() && isSigned(words.front());
-    std::uint32_t mask = changes ? present : 0;
+    // A mask of -1 also has bits that are no levels, and no 31-bit number would hold it.
+    std::uint32_t mask = changes ? present & kAllLevels : 0;
     complaint = words.empty() ? "no level was given" : "";
     for (const std::string& word : words)
     {

@@ -166,7 +166,8 @@ void DeviceModel::enterSystem(const std::string& state, double time)
         }
         else if (!m_isRestartNoted)
         {
-            m_facts.unstableTicks += static_cast<int>((time - m_facts.systemSince) / kTickSeconds);
+            m_facts.unstableTicks =
+                ticksAfter(m_facts.unstableTicks, time - m_facts.systemSince, kTickSeconds);
         }
     }
     if (state == "SuprStableSystem")

@@ -212,7 +212,7 @@ std::optional<int> ticksOf(const ServiceFacts& service, const std::string& name,
         return std::nullopt;
     }
     const double spent = std::max(now - service.intervalSince, 0.0);
-    return service.ticksBefore + static_cast<int>(std::floor(spent / interval));
+    return ticksAfter(service.ticksBefore, spent, interval);
 }
 
 std::optional<Strikes> strikesOf(const DeviceFacts& facts, const ServiceFacts& service,
