@@ -90,6 +90,7 @@ bool isWord(const std::string& text)
 /// Words with a separator between them: what the names of a message are made of.
 bool areWords(std::string text, char separator)
 {
+    const std::size_t size = text.size();
     int count = 0;
     for (std::size_t end = 0; end != std::string::npos; ++count)
     {
@@ -100,7 +101,8 @@ bool areWords(std::string text, char separator)
         }
         text.erase(0, end == std::string::npos ? end : end + 1);
     }
-    return count > 1;
+    constexpr std::size_t kLongest = 255;
+    return count > 1 && size <= kLongest;
 }
 
 bool isPath(const std::string& text)
@@ -126,12 +128,13 @@ std::optional<Sending> sendingOf(InputReader input)
     message.path = InputReader::word(line);
     message.interface = InputReader::word(line);
     message.member = InputReader::word(line);
-    if (message.interface == "-" && message.type == BusMessage::Call)
+    const bool isWithout = message.interface == "-" && message.type == BusMessage::Call;
+    const bool hasNames = isPath(message.path) && isWord(message.member) &&
+                          (isWithout || areWords(message.interface, '.'));
+    if (isWithout)
     {
         message.interface.clear();
     }
-    const bool hasNames = isPath(message.path) && isWord(message.member) &&
-                          (message.interface.empty() || areWords(message.interface, '.'));
     if (!hasNames || !typesOf(line))
     {
         return std::nullopt;
