@@ -140,11 +140,11 @@ private:
         std::vector<const Sign*> signs;
         std::transform(cells.begin(), cells.end(), std::back_inserter(signs),
                        [](const LaneCell& cell) { return &signOf(cell); });
-        for (auto run = signs.begin(); run != signs.end();)
+        for (std::size_t first = 0, next = 0; first < signs.size(); first = next)
         {
-            const Sign* const sign = *run;
+            const Sign* const sign = signs[first];
             std::string bar;
-            for (; run != signs.end() && *run == sign; ++run)
+            for (; next < signs.size() && signs[next] == sign; ++next)
             {
                 bar += m_isUtf8 ? sign->utf8 : sign->ascii;
             }

@@ -53,7 +53,7 @@ StyledLine clipped(const StyledLine& line, std::size_t width)
                 text += each >= ' ' && each <= '~' ? each : '?';
             }
         }
-        text = text.substr(0, width);
+        text.resize(std::min(text.size(), width));
         width -= text.size();
         if (!text.empty())
         {
