@@ -1,17 +1,22 @@
 """A camera on the desk with the real supervisor on it, and what can be seen of that one."""
 
+import json
 import re
 from dataclasses import dataclass
 
 from wardex_desk.device import Device
 from wardex_desk.events import Availability, NameChanged, Record
 from wardex_desk.places import PROGRAMS
+from wardex_desk.redis_client import RedisError
 from wardex_desk.sources_parse import parse_bus, parse_record
+from wardex_desk.waiting import poll
 
 # Ends only a claim that fails; a busy machine must not.
 BOUND = 40.0
 # Between two looks at a journal.
 STEP = 0.05
+# For a journal that another program writes at once.
+PATIENCE = 2.0
 
 WARDEX = f"{PROGRAMS}/wardex"
 VISTOR = "com.orvo.vistor"
@@ -36,14 +41,45 @@ class Camera(Device):
     """A device with views on its supervisor. Every await_... fails the claim after `bound` seconds."""
 
     bound = BOUND
+    # The end of the list that the journal was not seen to get: another program has written it.
+    _foreign = None
+    _has_list = True
 
     # The records.
 
     def records(self, *levels):
         """The records so far, all or those of some levels."""
+        self._catch_up()
         found = [parse_record(line, 0.0) for line in self.lines("records")]
         records = [record for record in found if isinstance(record, Record)]
         return [record for record in records if not levels or record.level in levels]
+
+    def _catch_up(self):
+        """Waits until the journal has what the list of records ends with.
+
+        Whoever knows by an answer of the supervisor's that it has logged something knows of the
+        list, while the journal is written by a program that has to wake up first.
+        """
+        try:
+            last = self._last_of_list() if self._has_list else None
+        except (OSError, RedisError):
+            # Asked once: one that stands still would hold up each look.
+            self._has_list = False
+            return
+        if last in (None, self._foreign):
+            return
+
+        def is_journalled():
+            lines = reversed(self.lines("records"))
+            return any(json.loads(line).get("record") == last for line in lines)
+
+        if not poll(is_journalled, PATIENCE, STEP):
+            self._foreign = last
+
+    def _last_of_list(self):
+        with self.connect_redis() as cache:
+            found = cache.command("LRANGE", "LOG:ENTRIES", "-1", "-1")
+        return found[0].decode("utf-8", "replace") if found else None
 
     def texts(self, *levels):
         """What the records say."""

@@ -67,6 +67,7 @@ def test_service_that_starts_slowly_holds_the_device_in_its_start(put_on_desk):
     assert camera.pings("pictor")[:3] == ["starting", "starting", "up"]
     assert camera.path(PICTOR) == ["SuprStarting", "SuprUp"]
     assert camera.path("system") == ["SuprStartingSystem", "SuprStableSystem"]
+    camera.await_true(lambda: len(camera.availability()) == 2, "two signals")
     assert camera.availability() == [
         {"pictor": "down", "vistor": "up"},
         {"pictor": "up", "vistor": "up"},
