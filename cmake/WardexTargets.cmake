@@ -8,11 +8,9 @@ target_compile_options(wardex_compile_options INTERFACE
 target_compile_definitions(wardex_compile_options INTERFACE
     QT_NO_CAST_FROM_BYTEARRAY QT_NO_KEYWORDS
     $<$<CONFIG:Release>:QT_NO_DEBUG_OUTPUT>)
-if(CMAKE_UNITY_BUILD)
-    # A program's sources become one: what is private to each of them is not meant for others.
-    target_compile_options(wardex_compile_options INTERFACE
-        $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
-endif()
+# Where a target's sources become one: what is private to each of them is not meant for others.
+target_compile_options(wardex_compile_options INTERFACE
+    $<$<AND:$<CXX_COMPILER_ID:GNU>,$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>>:-Wno-subobject-linkage>)
 if(WARDEX_SANITIZE)
     target_compile_options(wardex_compile_options INTERFACE
         -fsanitize=${WARDEX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer

@@ -1,6 +1,19 @@
 find_package(GTest REQUIRED)
 include(GoogleTest)
 
+# wardex_compile_fast(NAME)
+#
+# For a target of the tests: what they are made of takes longer to compile than to run, the more so
+# when the sanitizers' checks are optimized.
+function(wardex_compile_fast name)
+    if(WARDEX_BATCH_TESTS)
+        set_target_properties(${name} PROPERTIES UNITY_BUILD ON)
+    endif()
+    if(WARDEX_SANITIZE)
+        target_compile_options(${name} PRIVATE -O0)
+    endif()
+endfunction()
+
 # wardex_add_test(NAME LABEL unit|component SOURCES ... [LINKS ...] [BOX] [LONG] [MOC] [TIMEOUT s])
 #
 # One test program; each of its claims becomes a test of its own in ctest. With BOX every claim runs
@@ -19,6 +32,7 @@ function(wardex_add_test name)
     endif()
     wardex_add_executable(${name} ${moc} SOURCES ${ARG_SOURCES}
         LINKS ${ARG_LINKS} GTest::gtest GTest::gmock GTest::gtest_main)
+    wardex_compile_fast(${name})
     set(properties)
     if(ARG_BOX)
         set_property(TARGET ${name} PROPERTY CROSSCOMPILING_EMULATOR
