@@ -5,11 +5,29 @@
 namespace orvo::model
 {
 
+namespace
+{
+
+/// What a command is done to: a service by its script, the package, or the device.
+std::string subjectOf(const std::string& commandLine)
+{
+    if (commandLine == "reboot")
+    {
+        return "the device";
+    }
+    const std::string script = commandLine.substr(0, commandLine.find(' '));
+    const bool isPackage = script == "rm" || script == "/etc/init.d/mf-optware";
+    return isPackage ? "the package" : script;
+}
+
+} // namespace
+
 void HandWorld::begin(const StepScript& script)
 {
     m_script = script;
     m_looks = 0;
     m_isRebooting = false;
+    m_actsOn.clear();
     m_deeds.clear();
 }
 
@@ -23,6 +41,12 @@ void HandWorld::act(const std::string& commandLine)
     {
         m_breaches.push_back("an action after the reboot command: " + commandLine);
     }
+    const std::string subject = subjectOf(commandLine);
+    if (!m_actsOn.empty() && m_actsOn != subject)
+    {
+        m_breaches.push_back("two actions at once: on " + m_actsOn + " and " + subject);
+    }
+    m_actsOn = subject;
 }
 
 PingAnswer HandWorld::ping(const std::string& service)

@@ -51,6 +51,7 @@ private:
     std::size_t m_looks{0};
     std::int64_t m_wallClock{0};
     bool m_isRebooting{false};
+    std::string m_actsOn; ///< a service's script, the package or the device; empty before an action
     std::vector<std::string> m_deeds;
     std::vector<std::string> m_breaches;
 };

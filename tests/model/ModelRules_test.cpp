@@ -59,6 +59,12 @@ protected:
     CountedClock m_clock{0};
 };
 
+class StepOfADevice : public testing::Test
+{
+protected:
+    HandWorld m_world{false};
+};
+
 /// The first seed of a developer's device, or of one in the field.
 std::uint64_t seedOf(bool isDeveloper)
 {
@@ -181,6 +187,37 @@ TEST_F(WorldOfASeed, FindsAnActionOnADevelopersDevice)
     world.obey(false);
     (void)world.run("/opt/orvo/etc/init.d/30_pictor restart");
     EXPECT_EQ(1U, world.breaches().size());
+}
+
+TEST_F(StepOfADevice, IsOneAction)
+{
+    (void)m_world.run("/opt/orvo/etc/init.d/30_pictor stop");
+    (void)m_world.run("/opt/orvo/etc/init.d/30_pictor restart");
+    EXPECT_THAT(m_world.breaches(), IsEmpty());
+    m_world.begin({});
+    m_world.shell("rm -f /tmp/core_*");
+    m_world.shell("/etc/init.d/mf-optware restart");
+    EXPECT_THAT(m_world.breaches(), IsEmpty());
+    (void)m_world.run("/opt/orvo/etc/init.d/30_pictor stop");
+    EXPECT_THAT(m_world.breaches(), ElementsAre("two actions at once: on the package and "
+                                                "/opt/orvo/etc/init.d/30_pictor"));
+}
+
+TEST_F(StepOfADevice, EndsWithTheRebootCommand)
+{
+    m_world.shell("reboot");
+    EXPECT_THAT(m_world.breaches(), IsEmpty());
+    m_world.feed();
+    EXPECT_THAT(m_world.breaches(), ElementsAre("a feed after the reboot command"));
+}
+
+TEST_F(StepOfADevice, IsNoActionOnADevelopersDevice)
+{
+    HandWorld world(true);
+    (void)world.run("/bin/ps");
+    EXPECT_THAT(world.breaches(), IsEmpty());
+    world.shell("reboot");
+    EXPECT_THAT(world.breaches(), ElementsAre("an action on a developer's device: reboot"));
 }
 
 TEST(ExplorationOfADevice, EndsWithoutABreach)
