@@ -66,11 +66,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     claim(mask.has_value() == complaint.empty(), "a mask or a complaint");
     if (mask && LogConfig::save(kSource, *mask))
     {
-        const LogSettings former = settingsOf(text);
-        const LogSettings present = settingsOf(store->get());
-        claim(present.mask == *mask, "a logger reads what was stored");
+        claim(settingsOf(store->get()).mask == *mask, "a logger reads what was stored");
         claim(LogConfig(none).maskOf(kSource).mask == *mask, "and so does the command");
-        (void)former;
     }
     return 0;
 }
