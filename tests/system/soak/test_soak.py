@@ -14,6 +14,7 @@ from pathlib import Path
 import pytest
 from camera import PICTOR, VISTOR, WARDEX, number, text
 
+from wardex_desk.judge_texts import RESTARTS_PACKAGE, RESTARTS_SYSTEM_SYSLOG
 from wardex_desk.waiting import now, pause
 
 SPEED = 5
@@ -232,7 +233,21 @@ def test_supervisor_outlives_random_faults_and_the_device_is_stable_in_the_end(f
         f" {len(fast.feeds())} feeds, boots: {reasons}"
     )
     assert "watchdog" not in reasons
+    judge_reboots(fast, reasons.count("reboot"))
     figures.judge()
+
+
+def judge_reboots(camera, count):
+    """Each was ordered by the supervisor, after three restarts of the package in that life."""
+    restarts = 0
+    for line in camera.lines("syslog"):
+        if RESTARTS_PACKAGE in line:
+            restarts += 1
+        elif RESTARTS_SYSTEM_SYSLOG in line:
+            assert restarts >= 3, f"a reboot after {restarts} restarts"
+            restarts = 0
+            count -= 1
+    assert count == 0, f"{count} reboots that nobody has ordered"
 
 
 def is_stable(camera):
