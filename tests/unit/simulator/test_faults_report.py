@@ -21,6 +21,12 @@ def test_figure_for_the_integrator_leaves_scripts_out():
     assert "was\n**2.0 s** (redis-killed)" in section([SLOW, SURVIVED, UNFED])
 
 
+def test_figure_for_the_integrator_is_twice_what_the_rules_allow():
+    text = section([SURVIVED])
+    assert "The rules allow 14.6 s" in text
+    assert "Give the watchdog **30 s," in text
+
+
 def test_outcome_is_what_became_of_the_supervisor():
     assert outcome(Canned().lives()) == "goes on"
     assert outcome(Canned().supervisor_ends(101.0, 1).lives()) == "ends, status 1"
