@@ -19,18 +19,20 @@ from wardex_desk.faults_redis import WITHOUT_SUPERVISOR
 from wardex_desk.faults_types import Fault
 from wardex_desk.firmware import Plan
 from wardex_desk.places import LOGS
-from wardex_desk.scenarios_stage import Stage, enters, feeds
+from wardex_desk.scenarios_stage import Stage, feeds, writes
 from wardex_desk.scenarios_trouble import DEAD, until_stable
 
 NO_NAME = ("ERROR", "Could not register DBus service com.orvo.wardex")
 NO_OBJECT = ("ERROR", "Could not register DBus object")
 TOO_MANY = ("WARN", "DbusCmd: 64 calls are waiting, refusing more")
-FLOOD_S = 5.0
+# Longer than the watchdog's patience: a supervisor that is kept from feeding is found out.
+FLOOD_S = 15.0
+FLOOD_CALLS = 10_000
 
 
 def goes_on_alone(stage: Stage) -> None:
-    """Nobody answers: pictor is down, the watchdog is fed."""
-    stage.await_sign("pictor down", enters("pictor", "SuprDown"), 20.0)
+    """Nobody answers: pictor is judged, down, and restarted; the watchdog is fed."""
+    stage.await_sign("pictor considered dead", writes(DEAD[1]), 30.0)
     goes_on(stage, pings=False)
 
 
@@ -44,7 +46,7 @@ def crashes_at(word: str, times: int = 1) -> Callable[[Stage], None]:
         )
         start_supervisor(stage)
         stage.await_sign("the watchdog fed", feeds(), 30.0)
-        goes_on(stage, pings=False)
+        goes_on_alone(stage)
 
     return play
 
@@ -78,8 +80,21 @@ def floods(member: str, *text: str) -> Callable[[Stage], None]:
 
     def play(stage: Stage) -> None:
         until_stable(stage)
-        in_background(stage, *desk_program("bus_flood", f"{FLOOD_S}", member, *text))
-        stage.await_sign("the watchdog fed", feeds(), 60.0, times=int(FLOOD_S))
+        in_background(
+            stage, *desk_program("bus_flood", f"{FLOOD_S}", member, *text), output="flood"
+        )
+        told = stage.device.instance
+        stage.device.wait_for(
+            lambda: told.read(f"{LOGS}/flood").strip() != "", FLOOD_S + 30.0, "the flood's end"
+        )
+        calls = told.read(f"{LOGS}/flood").strip()
+        stage.verdict.claim(
+            f"{FLOOD_CALLS} calls or more in {FLOOD_S:.0f} s",
+            calls.isdecimal() and int(calls) >= FLOOD_CALLS,
+            [calls],
+            [f"{calls} calls"],
+        )
+        stage.look()
         goes_on(stage)
         answers_calls(stage)
 
@@ -95,7 +110,7 @@ FAULTS = (
         crashes_at("Hello"),
         PICTOR_GAP_S,
         plan=ALONE,
-        says=(NO_NAME, NO_OBJECT),
+        says=(NO_NAME, NO_OBJECT, DEAD),
     ),
     Fault(
         "bus-killed-at-look-up",
@@ -103,7 +118,7 @@ FAULTS = (
         crashes_at("GetNameOwner"),
         PICTOR_GAP_S,
         plan=ALONE,
-        says=(NO_NAME,),
+        says=(NO_NAME, DEAD),
     ),
     Fault(
         "bus-killed-at-watch",
@@ -111,7 +126,7 @@ FAULTS = (
         crashes_at("AddMatch"),
         PICTOR_GAP_S,
         plan=ALONE,
-        says=(NO_NAME,),
+        says=(NO_NAME, DEAD),
     ),
     Fault(
         "bus-killed-at-name",
@@ -119,7 +134,7 @@ FAULTS = (
         crashes_at("RequestName"),
         PICTOR_GAP_S,
         plan=ALONE,
-        says=(NO_NAME,),
+        says=(NO_NAME, DEAD),
     ),
     Fault(
         "bus-killed-at-ping",
@@ -127,6 +142,7 @@ FAULTS = (
         crashes_at("doPing"),
         PICTOR_GAP_S,
         plan=ALONE,
+        says=(DEAD,),
     ),
     Fault(
         "bus-killed",
@@ -141,7 +157,7 @@ FAULTS = (
         goes_on_alone,
         PICTOR_GAP_S,
         plan=Plan(without=frozenset({"bus"})),
-        says=(NO_NAME, NO_OBJECT),
+        says=(NO_NAME, NO_OBJECT, DEAD),
     ),
     Fault(
         "bus-name-owned",

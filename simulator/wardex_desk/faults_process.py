@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import random
 from collections.abc import Callable, Sequence
+from signal import Signals
 
 from wardex_desk import judge_claims as claim
 from wardex_desk import judge_watchdog as watchdog
@@ -35,9 +36,9 @@ from wardex_desk.scenarios_trouble import DEAD, STARTED, until_stable
 
 WATCHDOG_MS = 2000
 PAUSE_S = 2.0
-KILLED = 128 + 9
 SEED = 2026
 MOMENTS_SHORT = 20
+MOMENTS_OF_OTHERS = 3
 MOMENTS_LONG = 200
 SOAK_PARTS = 4
 # A life of this length has been through its start and its first pings, and is stable at its end.
@@ -98,28 +99,16 @@ def play_no_descriptors_at_start(stage: Stage) -> None:
     stage.verdict.claim("it says why", "Too many open files" in errors, [errors])
 
 
-def ended_by(signal: str, seed: int) -> Callable[[Stage], None]:
-    """A driver: a signal ends the supervisor at a random moment."""
-
-    def play(stage: Stage) -> None:
-        until_stable(stage)
-        until_moment(stage, random.Random(seed).uniform(0.0, LIFE_S))
-        stage.device.run("kill", f"-{signal}", supervisor_process(stage))
-        await_reset(stage)
-        until_stable(stage)
-        goes_on(stage)
-
-    return play
-
-
 def play_pipe_signals(stage: Stage) -> None:
     """Signals of broken pipes arrive at random moments."""
     until_stable(stage)
     moments = random.Random(SEED)
     process = supervisor_process(stage)
+    sent = 0
     for _ in range(PIPE_SIGNALS):
         until_moment(stage, moments.uniform(0.0, 2 * LIFE_S / PIPE_SIGNALS))
-        stage.device.run("kill", "-PIPE", process)
+        sent += stage.device.run("kill", "-PIPE", process)[0] == 0
+    stage.verdict.equal("the signals reach it", PIPE_SIGNALS, sent)
     goes_on(stage)
 
 
@@ -151,15 +140,15 @@ def await_reset(stage: Stage) -> None:
     stage.await_sign("the device booting again", boots("watchdog"), 20.0)
 
 
-def killed(times: int, seed: int) -> Callable[[Stage], None]:
-    """A driver: the supervisor is killed at random moments of its life, so many times."""
+def ended_by(signal: str, times: int, seed: int) -> Callable[[Stage], None]:
+    """A driver: a signal ends the supervisor at random moments of its life, so many times."""
 
     def play(stage: Stage) -> None:
         moments = random.Random(seed)
         for _ in range(times):
             stage.await_sign("the watchdog armed", opens_watchdog(), 20.0)
             until_moment(stage, moments.uniform(0.0, LIFE_S))
-            stage.device.supervisor("kill")
+            stage.device.run("pkill", f"-{signal}", "-x", "wardex")
             await_reset(stage)
         until_stable(stage, 20.0)
         goes_on(stage)
@@ -167,51 +156,48 @@ def killed(times: int, seed: int) -> Callable[[Stage], None]:
     return play
 
 
-def judge_killed(verdict: Verdict, lives: Sequence[Life]) -> None:
+def judge_ends(status: int) -> Callable[[Verdict, Sequence[Life]], None]:
     """Each life starts clean, ends by the signal and is followed by a reset in time."""
-    wrong: list[str] = []
-    for number, life in enumerate(lives):
-        is_last = number == len(lives) - 1
-        each = Verdict()
-        claim.starts(each, life)
-        claim.complaints(each, life, *STARTED)
-        each.equal("the signal ends it", [] if is_last else [KILLED], life.endings)
-        if not is_last:
-            watchdog.reset_after_kill(each, life, WATCHDOG_MS / 1000)
-        wrong += [
-            f"life {number + 1}: {finding.claim} {' '.join(finding.evidence)}"
-            for finding in each.findings
-            if finding.holds is False
-        ]
-    verdict.claim("each life starts clean and each end is followed by a reset", not wrong, wrong)
-    verdict.equal("the last one is well", STABLE, (lives[-1].path(SYSTEM) or ["nothing"])[-1])
+
+    def judge(verdict: Verdict, lives: Sequence[Life]) -> None:
+        wrong: list[str] = []
+        for number, life in enumerate(lives):
+            is_last = number == len(lives) - 1
+            each = Verdict()
+            claim.starts(each, life)
+            claim.complaints(each, life, *STARTED)
+            each.equal("the signal ends it", [] if is_last else [status], life.endings)
+            if not is_last:
+                watchdog.reset_after_kill(each, life, WATCHDOG_MS / 1000)
+            wrong += [
+                f"life {number + 1}: {finding.claim} {' '.join(finding.evidence)}"
+                for finding in each.findings
+                if finding.holds is False
+            ]
+        verdict.claim(
+            "each life starts clean and each end is followed by a reset", not wrong, wrong
+        )
+        verdict.equal("the last one is well", STABLE, (lives[-1].path(SYSTEM) or ["nothing"])[-1])
+
+    return judge
 
 
-def _killed(name: str, times: int, seed: int = SEED) -> Fault:
+def _ended(name: str, what: str, signal: Signals, times: int, seed: int = SEED) -> Fault:
+    status = 128 + signal.value
     return Fault(
         name,
-        f"the supervisor is killed at {times} random moments: a reset and a clean start each time",
-        killed(times, seed),
+        f"{what} at {times} random moments: a reset and a clean start each time",
+        ended_by(signal.name.removeprefix("SIG"), times, seed),
         TICK_GAP_S,
         plan=Plan(watchdog_ms=WATCHDOG_MS),
         boots=("power-on", *("watchdog",) * times),
-        endings=(KILLED,),
-        also=judge_killed,
+        endings=(status,),
+        also=judge_ends(status),
     )
 
 
-def _reset(
-    name: str, summary: str, play: Callable[[Stage], None], endings: tuple[int, ...]
-) -> Fault:
-    return Fault(
-        name,
-        summary,
-        play,
-        TICK_GAP_S,
-        plan=Plan(watchdog_ms=WATCHDOG_MS),
-        boots=("power-on", "watchdog"),
-        endings=endings,
-    )
+def _killed(name: str, times: int, seed: int = SEED) -> Fault:
+    return _ended(name, "the supervisor is killed", Signals.SIGKILL, times, seed)
 
 
 FAULTS = (
@@ -248,18 +234,8 @@ FAULTS = (
         begins=(),
         endings=(128 + 6,),
     ),
-    _reset(
-        "sigterm",
-        "SIGTERM ends the supervisor at a random moment: the watchdog resets the device",
-        ended_by("TERM", SEED),
-        (128 + 15,),
-    ),
-    _reset(
-        "sighup",
-        "SIGHUP ends the supervisor at a random moment: the watchdog resets the device",
-        ended_by("HUP", SEED + 1),
-        (128 + 1,),
-    ),
+    _ended("sigterm", "SIGTERM ends the supervisor", Signals.SIGTERM, MOMENTS_OF_OTHERS),
+    _ended("sighup", "SIGHUP ends the supervisor", Signals.SIGHUP, MOMENTS_OF_OTHERS, SEED + 1),
     Fault(
         "sigpipe",
         f"SIGPIPE comes at {PIPE_SIGNALS} random moments and does nothing",
@@ -271,12 +247,15 @@ FAULTS = (
         f"the supervisor stands still for {PAUSE_S:.0f} s at random moments, and goes on",
         play_paused,
         TICK_GAP_S + PAUSE_S,
+        held_s=PAUSE_S,
     ),
-    _reset(
+    Fault(
         "stopped",
         "the supervisor stands still for ever: the watchdog resets the device",
         play_stopped,
-        (),
+        TICK_GAP_S,
+        plan=Plan(watchdog_ms=WATCHDOG_MS),
+        boots=("power-on", "watchdog"),
     ),
     _killed("killed", MOMENTS_SHORT),
 )

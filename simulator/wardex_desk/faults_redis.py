@@ -4,6 +4,7 @@ from __future__ import annotations
 
 from collections.abc import Sequence
 
+from wardex_desk import judge_claims as claim
 from wardex_desk.events import Availability, StandardError
 from wardex_desk.faults_play import (
     NOT_CONNECTED,
@@ -20,7 +21,7 @@ from wardex_desk.faults_types import Fault
 from wardex_desk.firmware import Plan
 from wardex_desk.judge import Verdict
 from wardex_desk.judge_evidence import Life
-from wardex_desk.places import CACHE_SOCKET
+from wardex_desk.places import CACHE_SOCKET, LOGS
 from wardex_desk.scenarios_stage import Sign, Stage
 from wardex_desk.scenarios_trouble import until_stable
 
@@ -28,6 +29,7 @@ CACHE = ("redis-cache",)
 # How long the supervisor waits for a Redis that does not answer, before it goes on without.
 PATIENCE_S = 2.0
 SLOW_S = 0.4
+SLOW_TIMES = 10
 # The server as its command line shows it; the shell that looks for it must not find itself.
 SERVER = f"[u]nixsocket:{CACHE_SOCKET}"
 
@@ -127,11 +129,26 @@ def play_slow(stage: Stage) -> None:
     until_stable(stage)
     in_background(
         stage,
-        f"sh -c 'for i in 1 2 3 4 5 6 7 8 9 10; do "
-        f"pkill -STOP -f {SERVER}; sleep {SLOW_S}; pkill -CONT -f {SERVER}; sleep 0.05; done'",
+        f"sh -c 'for i in $(seq {SLOW_TIMES}); do pkill -STOP -f {SERVER} && echo stopped; "
+        f"sleep {SLOW_S}; pkill -CONT -f {SERVER}; sleep 0.05; done; echo end'",
+        output="slow",
     )
     judges_without_log(stage)
     told(stage, "redisPushLog", 0)
+    stage.device.wait_for(
+        lambda: "end" in stage.device.instance.read(f"{LOGS}/slow"), 30.0, "a server at its speed"
+    )
+    stage.verdict.equal(
+        "the server was held up",
+        ["stopped"] * SLOW_TIMES + ["end"],
+        stage.device.instance.read(f"{LOGS}/slow").split(),
+    )
+
+
+def judge_whole_log(verdict: Verdict, lives: Sequence[Life]) -> None:
+    """Each step of pictor's is in the log."""
+    steps = ("SuprStarting", "SuprUp", "SuprDown", "SuprStarting", "SuprUp")
+    claim.path(verdict, lives[0], "pictor", *steps)
 
 
 def judge_silent_store(verdict: Verdict, lives: Sequence[Life]) -> None:
@@ -154,6 +171,7 @@ FAULTS = (
         "the log's Redis stands still: the supervisor waits once, then goes on without",
         play_stopped,
         PICTOR_GAP_S + PATIENCE_S,
+        held_s=PATIENCE_S,
     ),
     Fault(
         "redis-stopped-at-start",
@@ -189,5 +207,6 @@ FAULTS = (
         f"the log's Redis answers {1000 * SLOW_S:.0f} ms late: nothing is lost",
         play_slow,
         PICTOR_GAP_S + 4 * SLOW_S,
+        also=judge_whole_log,
     ),
 )

@@ -2,14 +2,17 @@
 
 from __future__ import annotations
 
-from collections.abc import Callable
+from collections.abc import Callable, Sequence
 
 from wardex_desk.faults_play import PICTOR_GAP_S, TICK_GAP_S, goes_on, pictor_dies
 from wardex_desk.faults_types import Fault
 from wardex_desk.firmware import Plan
+from wardex_desk.judge import Verdict
+from wardex_desk.judge_evidence import Life
 from wardex_desk.places import SERVICE_SCRIPTS
 from wardex_desk.scenarios_stage import Stage, enters, leaves_the_bus
 from wardex_desk.scenarios_trouble import DEAD, until_stable
+from wardex_desk.scenarios_types import Judge
 
 SCRIPT = f"{SERVICE_SCRIPTS}/30_pictor"
 HANG_S = 10.0
@@ -17,21 +20,36 @@ FLOOD_BYTES = 50_000_000
 # What the supervisor's own work takes at most beside a script.
 WORK_S = 4.0
 
-# With the device's journal, so that the time of the script can be told from the supervisor's own.
-JOURNALLED = """#!/bin/sh
+# With the device's journal, so that a call can be seen, and its time told from the supervisor's own.
+BEGINS = """#!/bin/sh
 SERVICE=pictor
 . /opt/orvo/etc/service-functions
 journal "$1" begin
-{}
-journal "$1" end 0
+"""
+ENDS = """journal "$1" end {0}
+exit {0}
 """
 PRINTS = f"""head -c {FLOOD_BYTES} /dev/zero | tr '\\0' x
-head -c {FLOOD_BYTES} /dev/zero | tr '\\0' x >&2"""
+head -c {FLOOD_BYTES} /dev/zero | tr '\\0' x >&2
+"""
 # The grandchild has both pipes and outlives the story.
-LEAVES_GRANDCHILD = """#!/bin/sh
-sleep 60 &
+LEAVES_GRANDCHILD = """sleep 60 &
 echo started
 """
+
+
+def called(status: int | None) -> Judge:
+    """A claim: the script was called for pictor's end, and ended so; None for one that never did."""
+
+    def judge(verdict: Verdict, lives: Sequence[Life]) -> None:
+        calls = [(call.words, call.status) for call in lives[0].calls]
+        verdict.claim(
+            f"the script is called to stop pictor (status {status})",
+            ("30_pictor stop", status) in calls,
+            [f"{words}: {end}" for words, end in calls] or ["no call"],
+        )
+
+    return judge
 
 
 def with_script(content: str, mode: int = 0o755) -> Callable[[Stage], None]:
@@ -74,8 +92,16 @@ def play_list_failing(stage: Stage) -> None:
     play_list_fails(stage, lambda stage: stage.device.instance.write("/bin/ps", failing, 0o755))
 
 
-def _script(name: str, summary: str, play: Callable[[Stage], None], gap_s: float) -> Fault:
-    return Fault(name, summary, play, gap_s, plan=Plan(watchdog_ms=30_000), says=(DEAD,))
+def _script(
+    name: str,
+    summary: str,
+    play: Callable[[Stage], None],
+    gap_s: float,
+    also: Judge | None = None,
+    held_s: float = 0.0,
+) -> Fault:
+    plan = Plan(watchdog_ms=30_000)
+    return Fault(name, summary, play, gap_s, plan=plan, says=(DEAD,), also=also, held_s=held_s)
 
 
 FAULTS = (
@@ -89,32 +115,38 @@ FAULTS = (
     _script(
         "script-fails",
         "a dead service's script ends with 1",
-        with_script("#!/bin/sh\nexit 1\n"),
+        with_script(BEGINS + ENDS.format(1)),
         TICK_GAP_S,
+        called(1),
     ),
     _script(
         "script-killed",
         "a dead service's script is killed",
-        with_script("#!/bin/sh\nkill -KILL $$\n"),
+        with_script(f"{BEGINS}kill -KILL $$\n"),
         TICK_GAP_S,
+        called(None),
     ),
     _script(
         "script-prints",
         "a dead service's script prints 50 MB to each of its outputs",
-        with_script(JOURNALLED.format(PRINTS)),
+        with_script(BEGINS + PRINTS + ENDS.format(0)),
         TICK_GAP_S + WORK_S,
+        called(0),
     ),
     _script(
         "script-hangs",
         "a dead service's script needs 10 s, and nobody feeds the watchdog meanwhile",
-        with_script(JOURNALLED.format(f"sleep {HANG_S:.0f}")),
+        with_script(f"{BEGINS}sleep {HANG_S:.0f}\n" + ENDS.format(0)),
         HANG_S + PICTOR_GAP_S,
+        called(0),
+        held_s=HANG_S,
     ),
     _script(
         "script-leaves-grandchild",
         "a dead service's script leaves a process behind that holds its outputs",
-        with_script(LEAVES_GRANDCHILD),
+        with_script(BEGINS + LEAVES_GRANDCHILD + ENDS.format(0)),
         TICK_GAP_S,
+        called(0),
     ),
     Fault(
         "ps-missing",

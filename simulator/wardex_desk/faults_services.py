@@ -89,6 +89,7 @@ FAULTS = (
         play_hung,
         PINGS_GAP_S + 3.0,
         repeats=(DEAD,),
+        held_s=PINGS_GAP_S - TICK_GAP_S,
     ),
     Fault(
         "service-crashed",

@@ -24,6 +24,7 @@ class Fault:
     """One way for the world around the supervisor to fail, as a device plays it.
 
     gap_s:    the longest time between two feeds that the supervisor may need for it, in seconds.
+    held_s:   for how long the fault must have kept the supervisor from feeding, or it did not happen.
     begins:   the records of WARN or worse with which the first life starts.
     says:     those of the fault, each of them exactly once.
     repeats:  those that come again and again, once at least.
@@ -44,6 +45,7 @@ class Fault:
     boots: tuple[str, ...] = ("power-on",)
     endings: tuple[int, ...] = ()
     also: Judge | None = None
+    held_s: float = 0.0
 
     def scenario(self) -> Scenario:
         """The fault as a story like any other."""
@@ -58,6 +60,8 @@ class Fault:
         verdict.equal("the supervisor ends only as it must", list(self.endings), life.endings)
         for each in lives:
             watchdog.longest_gap(verdict, each, self.gap_s)
+        if self.held_s > 0.0:
+            watchdog.held_up(verdict, life, self.held_s)
         if self.also is not None:
             self.also(verdict, lives)
 

@@ -79,6 +79,17 @@ def longest_gap(verdict: Verdict, life: Life, seconds: float) -> bool:
     )
 
 
+def held_up(verdict: Verdict, life: Life, seconds: float) -> bool:
+    """Something has kept the supervisor from feeding for so long, at least once."""
+    gap = gap_of(life)
+    shown = "never fed" if gap is None else f"{gap:.2f} s"
+    return verdict.claim(
+        f"the supervisor is kept from feeding for {seconds:.1f} s",
+        gap is not None and gap >= seconds,
+        [f"longest time between two feeds: {shown}"],
+    )
+
+
 def _time_in_calls(life: Life, begin: float, end: float) -> float:
     return sum(
         max(0.0, min(end, call.end) - max(begin, call.begin))

@@ -61,6 +61,11 @@ def test_gap_that_is_too_long_fails():
     assert len(failures(fault(), device().feeds(106.1))) == 1
 
 
+def test_fault_that_did_not_hold_the_supervisor_up_fails():
+    assert len(failures(fault(held_s=1.5), device())) == 1
+    assert failures(fault(held_s=1.5), device().feeds(105.0)) == []
+
+
 def test_gap_is_counted_from_the_opening_of_the_node():
     assert gap_of(Canned().armed(100.5).feeds(103.0, 104.0).lives()[0]) == 2.5
     assert gap_of(Canned().lives()[0]) is None
