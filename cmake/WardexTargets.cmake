@@ -11,6 +11,10 @@ target_compile_definitions(wardex_compile_options INTERFACE
 # Where a target's sources become one: what is private to each of them is not meant for others.
 target_compile_options(wardex_compile_options INTERFACE
     $<$<AND:$<CXX_COMPILER_ID:GNU>,$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>>:-Wno-subobject-linkage>)
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "^arm")
+    # A remark about mixing with code of GCC 6; one compiler makes the whole image.
+    target_compile_options(wardex_compile_options INTERFACE -Wno-psabi)
+endif()
 if(WARDEX_SANITIZE)
     target_compile_options(wardex_compile_options INTERFACE
         -fsanitize=${WARDEX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer

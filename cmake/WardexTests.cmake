@@ -11,7 +11,49 @@ function(wardex_compile_fast name)
     endif()
     if(WARDEX_SANITIZE)
         target_compile_options(${name} PRIVATE -O0)
+    elseif(CMAKE_CROSSCOMPILING)
+        # The packages' hardening wants to be optimized.
+        target_compile_options(${name} PRIVATE -O0 -U_FORTIFY_SOURCE)
     endif()
+endfunction()
+
+# What a test starts must be able to run here: for another processor a script of the program's name
+# that puts the emulator in front.
+set(WARDEX_STARTED_FOLDER ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
+if(CMAKE_CROSSCOMPILING)
+    set(WARDEX_STARTED_FOLDER ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/emulated)
+endif()
+
+# wardex_started_by_tests(TARGET ...): puts them into WARDEX_STARTED_FOLDER.
+function(wardex_started_by_tests)
+    if(NOT CMAKE_CROSSCOMPILING)
+        return()
+    endif()
+    # It finds its libraries as the test does that starts it.
+    list(GET CMAKE_CROSSCOMPILING_EMULATOR 0 emulator)
+    foreach(target IN LISTS ARGN)
+        file(GENERATE OUTPUT ${WARDEX_STARTED_FOLDER}/${target}
+            CONTENT "#!/bin/sh\nexec ${emulator} -0 \"$0\" $<TARGET_FILE:${target}> \"$@\"\n"
+            FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE
+                WORLD_READ WORLD_EXECUTE)
+    endforeach()
+endfunction()
+
+# wardex_test_launcher(VARIABLE BOX): what is put in front of a test program: the box if BOX is true, and
+# the emulator in a cross build. Exit status 77 of either means "cannot be shown".
+function(wardex_test_launcher variable is_boxed)
+    set(support ${PROJECT_SOURCE_DIR}/tests/support)
+    set(launcher)
+    if(CMAKE_CROSSCOMPILING)
+        set(launcher ${support}/emulated)
+        if(is_boxed)
+            list(APPEND launcher --box)
+        endif()
+        list(APPEND launcher ${CMAKE_CROSSCOMPILING_EMULATOR})
+    elseif(is_boxed)
+        set(launcher ${support}/in-box)
+    endif()
+    set(${variable} ${launcher} PARENT_SCOPE)
 endfunction()
 
 # wardex_add_test(NAME LABEL unit|component SOURCES ... [LINKS ...] [BOX] [LONG] [MOC] [TIMEOUT s])
@@ -34,9 +76,9 @@ function(wardex_add_test name)
         LINKS ${ARG_LINKS} GTest::gtest GTest::gmock GTest::gtest_main)
     wardex_compile_fast(${name})
     set(properties)
-    if(ARG_BOX)
-        set_property(TARGET ${name} PROPERTY CROSSCOMPILING_EMULATOR
-            ${PROJECT_SOURCE_DIR}/tests/support/in-box)
+    wardex_test_launcher(launcher ${ARG_BOX})
+    if(launcher)
+        set_property(TARGET ${name} PROPERTY CROSSCOMPILING_EMULATOR ${launcher})
         list(APPEND properties SKIP_RETURN_CODE 77)
     endif()
     set(chosen)
@@ -56,8 +98,13 @@ endfunction()
 # The test_*.py of a folder; each of their claims becomes a test of its own in ctest (with BY_FILE
 # those of a file together: starting Python costs more than a small claim), and what pytest skips is
 # Skipped there too. They import the packages of the simulator and the benchmarks, and find the built
-# programs in the folder that WARDEX_BIN names.
+# programs in the folder that WARDEX_BIN names. Not in a cross build: they show what this machine's
+# Python and a whole device do.
 function(wardex_add_pytest name)
+    if(CMAKE_CROSSCOMPILING)
+        add_custom_target(${name})
+        return()
+    endif()
     cmake_parse_arguments(ARG "BY_FILE" "LABEL;FOLDER;TIMEOUT" "" ${ARGN})
     set(unit claim)
     if(ARG_BY_FILE)

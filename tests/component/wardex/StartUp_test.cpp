@@ -37,6 +37,8 @@ const std::string kZq9xx = "WARN Registerinng services for the ZQ9XX family of d
 constexpr const char kPanicSetting[] = "/proc/sys/kernel/panic";
 constexpr const char kMarker[] = "/etc/mirrorfin_develop";
 constexpr const char kPersistentMarker[] = "/etc/sysdata/mirrorfin_develop";
+// Six ticks after a start, which takes long below an emulator.
+constexpr int kSixTicksBoundMs = 30000;
 
 /// A camera of the ZQ9XX family before its supervisor starts; its services do not run.
 class StartUp : public testing::Test
@@ -133,7 +135,8 @@ TEST_F(StartUp, LooksForTheMarkersOnlyOnce)
         [&] {
             return testing::Matches(Contains(HasSubstr("SuprUnstableSystem::entry")))(
                 m_device.lines());
-        }));
+        },
+        kSixTicksBoundMs));
     EXPECT_FALSE(run.isWatchdogOpen());
 }
 

@@ -25,9 +25,9 @@ enum Field : std::uint8_t
 
 constexpr std::size_t kStructureAlignment = 8;
 
-std::uint64_t numberAt(std::string_view bytes, std::size_t at)
+std::uint32_t numberAt(std::string_view bytes, std::size_t at)
 {
-    return InputReader(bytes.substr(at)).number(4);
+    return static_cast<std::uint32_t>(InputReader(bytes.substr(at)).number(4));
 }
 
 std::size_t aligned(std::size_t at, std::size_t boundary)
@@ -97,7 +97,7 @@ BusMessage BusMessage::read(std::string_view wire)
 {
     BusMessage message;
     message.type = static_cast<Type>(wire[1]);
-    message.serial = static_cast<std::uint32_t>(numberAt(wire, 8));
+    message.serial = numberAt(wire, 8);
     const std::map<std::uint8_t, std::string*> texts = {
         {Path, &message.path},           {Interface, &message.interface},
         {Member, &message.member},       {ErrorName, &message.errorName},
@@ -114,7 +114,7 @@ BusMessage BusMessage::read(std::string_view wire)
         at += 4; // a field's type is one letter, with its length and terminator
         if (type == 'u')
         {
-            message.replySerial = static_cast<std::uint32_t>(numberAt(wire, at));
+            message.replySerial = numberAt(wire, at);
             at += 4;
             continue;
         }
@@ -135,7 +135,7 @@ BusMessage BusMessage::read(std::string_view wire)
 
 std::uint32_t BusMessage::firstNumber() const
 {
-    return body.size() < 4 ? 0 : static_cast<std::uint32_t>(numberAt(body, 0));
+    return body.size() < 4 ? 0 : numberAt(body, 0);
 }
 
 std::string BusMessage::firstText() const
