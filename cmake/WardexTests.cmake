@@ -99,7 +99,7 @@ endfunction()
 # those of a file together: starting Python costs more than a small claim), and what pytest skips is
 # Skipped there too. They import the packages of the simulator and the benchmarks, and find the built
 # programs in the folder that WARDEX_BIN names. Not in a cross build: they show what this machine's
-# Python and a whole device do.
+# Python and a whole device do, which the board does for the other processor.
 function(wardex_add_pytest name)
     if(CMAKE_CROSSCOMPILING)
         add_custom_target(${name})
@@ -115,6 +115,7 @@ function(wardex_add_pytest name)
     endif()
     file(GLOB files CONFIGURE_DEPENDS ${ARG_FOLDER}/*.py)
     file(GLOB packages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/simulator/wardex_desk/*.py
+        ${PROJECT_SOURCE_DIR}/simulator/wardex_board/*.py
         ${PROJECT_SOURCE_DIR}/benchmarks/wardex_bench/*.py
         ${PROJECT_SOURCE_DIR}/benchmarks/wardex_bench/rows/*.py)
     set(python /usr/bin/python3)

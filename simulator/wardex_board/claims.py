@@ -1,0 +1,71 @@
+"""Claims that several scenarios of the board make about a life."""
+
+from __future__ import annotations
+
+import math
+from collections.abc import Sequence
+
+from wardex_board.report import Life
+from wardex_desk import judge_texts as texts
+from wardex_desk.judge import Verdict
+
+TICK_S = 1.0
+STARTING, STABLE = "SuprStartingSystem", "SuprStableSystem"
+UNSTABLE, REBOOT = "SuprUnstableSystem", "SuprRebootSystem"
+STARTED = (("WARN", texts.STARTS), ("WARN", texts.FAMILY["ZK4XX"]))
+# Clear of the board's own boot, and of an instruction's length.
+JITTER_S = 0.25
+
+
+def ends(verdict: Verdict, lives: Sequence[Life], *expected: str) -> bool:
+    """How each life of the board ended, as the emulator saw it."""
+    return verdict.equal(
+        f"the board's lives end so: {', '.join(expected)}",
+        list(expected),
+        [life.end for life in lives],
+    )
+
+
+def complaints(verdict: Verdict, life: Life, *expected: tuple[str, str]) -> None:
+    """All records at WARN and above, exactly."""
+    verdict.equal(
+        f"boot {life.number}: {len(expected)} records at WARN and above, to the byte",
+        list(expected),
+        life.complaints(),
+    )
+
+
+def path(verdict: Verdict, life: Life, *expected: str) -> None:
+    """The states of the system machine, in order."""
+    verdict.equal(f"boot {life.number}: {' -> '.join(expected)}", list(expected), life.states())
+
+
+def gaps(life: Life) -> list[float]:
+    """Seconds between the feedings of the watchdog that the kernel saw."""
+    times = [float(text) for text in life.texts("feed")]
+    return [after - before for before, after in zip(times, times[1:])]
+
+
+def feeds(verdict: Verdict, life: Life, for_s: float, timeout_s: float) -> None:
+    """The watchdog is fed once a second, and never nearly too late."""
+    found = gaps(life)
+    longest = max(found, default=math.nan)
+    mean = sum(found) / len(found) if found else math.nan
+    figures = f"{len(found)} periods, {mean:.4f} s each, {min(found, default=math.nan):.4f} to {longest:.4f} s"
+    verdict.claim(
+        f"boot {life.number}: fed every second for {for_s:.0f} s of the board",
+        len(found) >= for_s / TICK_S - 2 and abs(mean - TICK_S) < 0.01,
+        [figures],
+        [figures],
+    )
+    verdict.claim(
+        f"boot {life.number}: the longest gap leaves four fifths of the {timeout_s:.0f} s",
+        longest < timeout_s / 5,
+        [figures],
+    )
+
+
+def calls(life: Life) -> list[str]:
+    """What scripts were called after the board's own start of the package, in order."""
+    begun = [text.split(" ", 1)[1] for text in life.texts("script") if text.endswith(" begin")]
+    return [text.removesuffix(" begin") for text in begun if not text.endswith(" start begin")]

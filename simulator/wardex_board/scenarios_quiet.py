@@ -1,0 +1,131 @@
+"""The board lives on: scenarios `supervise`, `developer` and `real-time`."""
+
+from __future__ import annotations
+
+from wardex_board import claims
+from wardex_board.claims import REBOOT, STABLE, STARTED, STARTING, UNSTABLE
+from wardex_board.machine import POWER_OFF
+from wardex_board.scenario import Lives, Part, Scenario, eeproms_of
+from wardex_desk import judge_texts as texts
+from wardex_desk.judge import Verdict
+
+PICTOR = "com.orvo.pictor"
+MODULES = eeproms_of("ZK4XX")
+HOUR_S = 3600.0
+ROUNDS = 4
+# Lets the hogs have their ten minutes within a few of this machine's: 15 million instructions a second.
+SLOW = 6
+WHILE_S = 600.0
+TIMEOUT_S = 60.0
+
+
+def _judge_supervise(verdict: Verdict, told: Lives) -> None:
+    lives = told["hang"]
+    if not claims.ends(verdict, lives, POWER_OFF):
+        return
+    life = lives[0]
+    claims.complaints(verdict, life, *STARTED, ("WARN", texts.considered_dead(PICTOR)))
+    verdict.equal(
+        "pictor goes down on the fourth ping without an answer", "4", life.text("strikes")
+    )
+    verdict.equal(
+        "pictor is stopped and restarted by its script, once",
+        ["30_pictor stop", "30_pictor restart"],
+        claims.calls(life),
+    )
+    verdict.equal("pictor has a process of its own again", "new", life.text("process"))
+    verdict.equal(
+        "the device was unstable and is stable again",
+        [STARTING, STABLE, UNSTABLE, STABLE],
+        life.states(),
+    )
+    verdict.equal("two changes of availability are published", "2", life.text("signals"))
+    verdict.equal(
+        "they say that pictor is down, and up again",
+        f"{PICTOR} down com.orvo.vistor up {PICTOR} up com.orvo.vistor up",
+        life.text("availability"),
+    )
+    verdict.claim(
+        "the operator's command sees a stable device there",
+        any(line.startswith("stable") for line in life.texts("status")),
+        life.texts("status"),
+        life.texts("status")[:1],
+    )
+
+
+def _judge_developer(verdict: Verdict, told: Lives) -> None:
+    lives = told["hour"]
+    if not claims.ends(verdict, lives, POWER_OFF):
+        return
+    life = lives[0]
+    verdict.claim(
+        "an hour of the board passes", life.lines[-1].at >= HOUR_S, [f"{life.lines[-1].at} s"]
+    )
+    claims.complaints(
+        verdict,
+        life,
+        ("WARN", texts.STARTS_AS_DEVELOPER),
+        ("WARN", texts.FAMILY["ZK4XX"]),
+        ("WARN", texts.considered_dead_as_developer(PICTOR)),
+        ("FATAL", texts.WOULD_RESTART_PACKAGE),
+        ("EMERG", texts.TOO_MANY_RESTARTS),
+        ("EMERG", texts.WOULD_RESTART_SYSTEM),
+    )
+    claims.path(verdict, life, *(STARTING, UNSTABLE) * ROUNDS, REBOOT)
+    verdict.equal("nothing is restarted", [], claims.calls(life))
+    verdict.equal("the watchdog is never fed", [], life.texts("feed"))
+    verdict.equal("nobody holds the watchdog open", "0", life.text("descriptors"))
+    verdict.equal("the watchdog's driver was never started", "inactive", life.text("watchdog"))
+    verdict.equal("the kernel's panic setting is left alone", "0", life.text("panic"))
+
+
+def _judge_real_time(verdict: Verdict, told: Lives) -> None:
+    lives = told["hogs"]
+    if not claims.ends(verdict, lives, POWER_OFF):
+        return
+    life = lives[0]
+    policies = life.texts("policy")
+    verdict.equal(
+        "the main thread is SCHED_FIFO 1",
+        ["main SCHED_FIFO 1"],
+        [text.strip() for text in policies if text.startswith("main")],
+    )
+    others = [text.strip() for text in policies if text.startswith("other")]
+    verdict.equal("the two other threads are ordinary ones", ["other SCHED_OTHER 0"] * 2, others)
+    verdict.equal("a panic reboots after 60 s", "60", life.text("panic"))
+    verdict.equal(
+        f"no page fault in {WHILE_S:.0f} s of supervision (minor, major)",
+        life.text("faults-before"),
+        life.text("faults-after"),
+    )
+    sizes = dict(text.split(": ", 1) for text in life.texts("memory"))
+    # Gaps between a library's parts count as locked there, and are never resident.
+    locked, resident = (int(sizes.get(name, "0 kB").split()[0]) for name in ("VmLck", "VmRSS"))
+    verdict.claim(
+        "all that is resident is locked",
+        0 < resident <= locked,
+        life.texts("memory"),
+        life.texts("memory"),
+    )
+    claims.feeds(verdict, life, WHILE_S, TIMEOUT_S)
+    claims.complaints(verdict, life, *STARTED)
+
+
+SUPERVISE = Scenario(
+    "supervise",
+    "services over the board's own bus and Redis; a hang, its restart, and who hears of it",
+    {"hang": Part("supervise", 1, 400, MODULES)},
+    _judge_supervise,
+)
+DEVELOPER = Scenario(
+    "developer",
+    "an hour of a developer's device: the watchdog is never opened, nothing is restarted",
+    {"hour": Part("developer", 1, 700, MODULES)},
+    _judge_developer,
+)
+REAL_TIME = Scenario(
+    "real-time",
+    "ten minutes beside hogs of processor and memory: priority, locked memory, feeding",
+    {"hogs": Part("real-time", 1, 1200, MODULES, shift=SLOW, watchdog="timeout=60")},
+    _judge_real_time,
+)
