@@ -16,6 +16,10 @@ namespace
 constexpr std::int64_t kPowerOn = 1'591'012'800'000;
 constexpr std::int64_t kWindow = 300'000;
 constexpr int kSystemTickMs = 1000;
+/// ms. Restarts so near to each other leave little room for a time at which only some count.
+constexpr std::int64_t kNarrow = 256;
+/// Restarts that are too many to look at for each decision.
+constexpr std::size_t kLongHistory = 300;
 
 std::string listed(const std::vector<std::string>& deeds)
 {
@@ -54,6 +58,10 @@ bool GraphReplay::walkAll()
     powerOn();
     while (m_difference.empty())
     {
+        if (isHistoryWorn())
+        {
+            powerOn();
+        }
         if (hasNewEdge(m_here))
         {
             (void)walk(nextNewEdge());
@@ -83,6 +91,17 @@ void GraphReplay::powerOn()
         m_difference = "power-on; the model:\n" + listed(m_modelWorld.deeds()) + "the product:\n" +
                        listed(m_realWorld.deeds());
     }
+}
+
+bool GraphReplay::isHistoryWorn() const
+{
+    const std::vector<std::int64_t>& restarts = m_model.state().restarts;
+    const auto isNarrow = [](std::int64_t one, std::int64_t next)
+    {
+        return next - one < kNarrow;
+    };
+    return restarts.size() > kLongHistory ||
+           std::adjacent_find(restarts.begin(), restarts.end(), isNarrow) != restarts.end();
 }
 
 bool GraphReplay::hasNewEdge(std::uint32_t state) const

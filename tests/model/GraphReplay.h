@@ -36,6 +36,8 @@ private:
     bool walkToNewEdge();
     [[nodiscard]] std::vector<Edge> wayToNewEdge();
     [[nodiscard]] std::vector<Edge> wayTo(std::uint32_t state) const;
+    /// Whether the times of the restarts are of no further use; power-on forgets them.
+    [[nodiscard]] bool isHistoryWorn() const;
     [[nodiscard]] bool hasNewEdge(std::uint32_t state) const;
     /// Of the present state, which has one; it counts as walked from here on.
     const Edge& nextNewEdge();
