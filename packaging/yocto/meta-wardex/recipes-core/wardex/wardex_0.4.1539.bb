@@ -11,7 +11,7 @@ SRC_URI = "${WARDEX_SOURCE}"
 SRCREV ??= "${AUTOREV}"
 S = "${WORKDIR}/git"
 
-DEPENDS = "qtbase qtbase-native hiredis libevent udev cjson cli11"
+DEPENDS = "qtbase qtbase-native hiredis libevent udev cjson cli11 ncurses"
 
 inherit cmake_qt5 pkgconfig useradd update-rc.d systemd
 
@@ -31,7 +31,7 @@ FILES:${PN}-tools = "${bindir}/wardexctl ${sysconfdir}/lnav/formats/wardex/warde
 CONFFILES:${PN} = "${sysconfdir}/default/wardex ${sysconfdir}/init.d/wardex"
 
 # ps is what the daemon runs; the init script needs the whole start-stop-daemon, not busybox'.
-RDEPENDS:${PN} = "dbus procps redis dpkg-start-stop lsbinitscripts"
+RDEPENDS:${PN} = "dbus procps redis dpkg-start-stop"
 
 # Who may start and stop services over the bus.
 USERADD_PACKAGES = "${PN}"
