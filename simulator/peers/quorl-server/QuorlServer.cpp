@@ -11,8 +11,9 @@ namespace orvo::simulator
 
 namespace
 {
-/// How long a person waits at most until the order `down` or its end is followed.
-constexpr int kOrderPeriodMs = 20;
+/// How long a person waits at most until the order `down` or its end is followed. A look that comes
+/// more often costs more than all else on a quiet device.
+constexpr int kOrderPeriodMs = 200;
 constexpr std::size_t kShortReply = 1000;
 constexpr std::size_t kTerminationSource = 0;
 constexpr std::size_t kListenerSource = 1;
