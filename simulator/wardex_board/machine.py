@@ -6,10 +6,11 @@ quiet board passes in a minute, and only the host can bound how long a run may t
 """
 
 import subprocess
+from contextlib import suppress
 from dataclasses import dataclass, field
 from pathlib import Path
 from threading import Event
-from typing import Callable, Mapping, Optional
+from typing import Any, Callable, Mapping, Optional
 
 from wardex_board.images import Images
 from wardex_board.kernel import EEPROM_BYTES, NOTEBOOK
@@ -24,8 +25,11 @@ SHIFT = 2
 LOOK_S = 0.2
 END_BOUND_S = 10.0
 
-# How a life of the board can end.
+# How a life of the board can end; one that ends otherwise is named as the emulator names it. A panic
+# resets, too: only the console tells it from a reboot.
 WATCHDOG, RESET, POWER_OFF, OUT_OF_TIME = "watchdog", "reset", "power-off", "out of time"
+OWN_ENDS = {"RESET": ("guest-reset", RESET), "SHUTDOWN": ("guest-shutdown", POWER_OFF)}
+PANIC = "Kernel panic"
 
 
 @dataclass
@@ -51,22 +55,40 @@ class Run:
 
     folder: Path
     ends: list[str] = field(default_factory=list)
-    took_s: float = 0.0
 
     @property
     def report(self) -> str:
         """What came over the second serial line."""
-        return (self.folder / "report").read_text(encoding="utf-8", errors="replace")
+        return self._said("report")
+
+    @property
+    def console(self) -> list[str]:
+        """What came over the first serial line."""
+        return self._said("console").splitlines()
+
+    @property
+    def emulator(self) -> list[str]:
+        """What the emulator itself had to say."""
+        return self._said("emulator").splitlines()
 
     def eeprom(self, address: int) -> bytes:
         """The first bytes of a part, as they are now."""
         return (self.folder / f"eeprom-{address:02x}").read_bytes()[:EEPROM_BYTES]
+
+    def _said(self, name: str) -> str:
+        """Empty when the run did not come so far."""
+        try:
+            return (self.folder / name).read_text(encoding="utf-8", errors="replace")
+        except FileNotFoundError:
+            return ""
 
 
 def command(folder: Path, images: Images, plan: Plan, console: str) -> list[str]:
     """The emulator's command line for a run in a folder."""
     words = " ".join(f"{name}={value}" for name, value in plan.words.items())
     line = [
+        # Without the command that started it nobody would bound it.
+        *("setpriv", "--pdeathsig", "KILL"),
         *("qemu-system-arm", "-M", "mcimx6ul-evk", "-smp", "1", "-m", str(MEMORY_MIB)),
         *("-icount", f"shift={plan.shift},sleep=off", "-nodefaults", "-display", "none"),
         *("-kernel", str(images.kernel), "-dtb", str(images.device_tree)),
@@ -108,7 +130,7 @@ def play(folder: Path, images: Images, plan: Plan, tell: Callable[[str], None], 
     Whoever sets `over` ends it before.
     """
     run = Run(folder)
-    begin = now()
+    deadline = now() + plan.limit_s
     with open(folder / "emulator", "wb") as words:
         emulator = subprocess.Popen(
             command(folder, images, plan, f"file:{folder}/console"),
@@ -119,10 +141,11 @@ def play(folder: Path, images: Images, plan: Plan, tell: Callable[[str], None], 
     qmp: Optional[Qmp] = None
     try:
         qmp = Qmp(folder / "qmp")
-        _follow(run, emulator, qmp, plan, begin + plan.limit_s, tell, over)
+        _follow(run, emulator, qmp, plan.lives, deadline, tell, over)
         qmp.quit()
-        emulator.wait(END_BOUND_S)
-    except (OSError, subprocess.TimeoutExpired) as error:
+        with suppress(subprocess.TimeoutExpired):
+            emulator.wait(END_BOUND_S)
+    except OSError as error:
         raise QmpError(f"the emulator failed: {error}") from error
     finally:
         if qmp is not None:
@@ -130,7 +153,6 @@ def play(folder: Path, images: Images, plan: Plan, tell: Callable[[str], None], 
         if emulator.poll() is None:
             emulator.kill()
             emulator.wait()
-        run.took_s = now() - begin
         (folder / "root.cpio").unlink(missing_ok=True)
     return run
 
@@ -139,14 +161,14 @@ def _follow(
     run: Run,
     emulator: "subprocess.Popen[bytes]",
     qmp: Qmp,
-    plan: Plan,
+    lives: int,
     deadline: float,
     tell: Callable[[str], None],
     over: Event,
 ) -> None:
     by_watchdog = False
     told = 0
-    while len(run.ends) < plan.lives and not over.is_set():
+    while len(run.ends) < lives and not over.is_set():
         event = qmp.event(LOOK_S)
         lines = run.report.split("\n")[:-1]
         for line in lines[told:]:
@@ -155,15 +177,21 @@ def _follow(
         name = event["event"] if event else ""
         if name == "WATCHDOG":
             by_watchdog = True
-        elif name == "RESET":
-            run.ends.append(WATCHDOG if by_watchdog else RESET)
+        elif event is not None and name in OWN_ENDS:
+            end = _end(event)
+            run.ends.append(WATCHDOG if by_watchdog and end == RESET else end)
             by_watchdog = False
-        elif name == "SHUTDOWN":
-            run.ends.append(POWER_OFF)
-            return
+            if name == "SHUTDOWN":
+                return
         elif event is None and emulator.poll() is not None:
-            words = (run.folder / "emulator").read_text(errors="replace").strip()
-            raise QmpError(f"the emulator ended by itself: {words}")
+            raise QmpError("the emulator ended by itself")
         if now() > deadline:
             run.ends.append(OUT_OF_TIME)
             return
+
+
+def _end(event: Mapping[str, Any]) -> str:
+    """What the board did by itself, or whatever else made an end of it."""
+    reason = event.get("data", {}).get("reason", "no reason")
+    own, end = OWN_ENDS[event["event"]]
+    return end if reason == own else f"{event['event'].lower()} by {reason}"

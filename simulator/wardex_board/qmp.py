@@ -24,10 +24,15 @@ class Qmp:
     def __init__(self, path: Path) -> None:
         self._socket = socket.socket(socket.AF_UNIX, socket.SOCK_STREAM)
         self._rest = b""
-        if not poll(lambda: self._connect(path), CONNECT_BOUND_S, 0.05):
-            raise QmpError(f"the emulator does not listen at {path}")
-        self._await_message(CONNECT_BOUND_S)
-        self.send("qmp_capabilities")
+        try:
+            if not poll(lambda: self._connect(path), CONNECT_BOUND_S, 0.05):
+                raise QmpError(f"the emulator does not listen at {path}")
+            if self._await_message(CONNECT_BOUND_S) is None:
+                raise QmpError(f"the emulator does not greet at {path}")
+            self.send("qmp_capabilities")
+        except BaseException:
+            self._socket.close()
+            raise
 
     def _connect(self, path: Path) -> bool:
         try:
@@ -45,7 +50,7 @@ class Qmp:
 
     def quit(self) -> None:
         """Ends the emulator, if it is not ending by itself."""
-        with suppress(ConnectionError):
+        with suppress(OSError):
             self.send("quit")
 
     def event(self, bound: float) -> Optional[dict[str, Any]]:
@@ -71,7 +76,10 @@ class Qmp:
                 return None
             self._rest += piece
         line, _, self._rest = self._rest.partition(b"\n")
-        message = json.loads(line)
+        try:
+            message = json.loads(line)
+        except ValueError:
+            message = None
         if not isinstance(message, dict):
             raise QmpError(f"the emulator says {line!r}")
         return message
