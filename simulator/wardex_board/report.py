@@ -51,15 +51,22 @@ class Life:
             return float("nan")
 
     @property
+    def last_at(self) -> float:
+        """When the board gave its last sign; not a number when it gave none."""
+        return max((line.at for line in self.lines), default=float("nan"))
+
+    def at(self, word: str) -> float:
+        """When something was last said under a word; not a number when it never was."""
+        return max((line.at for line in self.lines if line.word == word), default=float("nan"))
+
+    @property
     def records(self) -> list[Record]:
-        """The log records that were told; one that makes no sense is left out here."""
-        found = []
-        for text in self.texts("record"):
-            try:
-                found.append(read_record(text))
-            except ParseError:
-                continue
-        return found
+        """The log records that were told; for one that makes no sense, see senseless()."""
+        return [record for record in map(_record, self.texts("record")) if record]
+
+    def senseless(self) -> list[str]:
+        """What was told as a log record and is none."""
+        return [text for text in self.texts("record") if _record(text) is None]
 
     def complaints(self) -> list[tuple[str, str]]:
         """Level and text of each record at WARN and above."""
@@ -73,6 +80,13 @@ class Life:
             for item in self.records
             if suffix in item.text and "System" in item.text.split(suffix)[0]
         ]
+
+
+def _record(text: str) -> Record | None:
+    try:
+        return read_record(text)
+    except ParseError:
+        return None
 
 
 def parse(line: str, nonce: str) -> Line | None:

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import os
 import secrets
+import traceback
 from collections.abc import Callable, Iterator, Mapping, Sequence
 from concurrent.futures import ThreadPoolExecutor
 from dataclasses import dataclass, field
@@ -13,10 +14,11 @@ from threading import Event
 from wardex_board import machine
 from wardex_board.cpio import Archive
 from wardex_board.images import Images
-from wardex_board.machine import OUT_OF_TIME, Plan
-from wardex_board.report import Life, lives, parse
+from wardex_board.machine import OUT_OF_TIME, PANIC, Plan, Run
+from wardex_board.qmp import QmpError
+from wardex_board.report import BEGIN, Life, lives, parse
 from wardex_desk import families
-from wardex_desk.judge import Verdict
+from wardex_desk.judge import EVIDENCE_LINES, Verdict
 from wardex_desk.places import SERVICES
 
 Lives = Mapping[str, list[Life]]
@@ -33,6 +35,7 @@ class Part:
     limit_s: of this machine's time; generous, as the machine may be busy.
     files:   further files on the board.
     watchdog: arguments of the watchdog's driver.
+    writes:  address -> the record that the board itself leaves there; all others stay as they are.
     """
 
     script: str
@@ -42,6 +45,7 @@ class Part:
     shift: int = machine.SHIFT
     watchdog: str = "timeout=10"
     files: Mapping[str, bytes] = field(default_factory=dict)
+    writes: Mapping[int, bytes] = field(default_factory=dict)
 
 
 @dataclass(frozen=True)
@@ -94,10 +98,17 @@ class Stage:
                 raise
 
     def _play(self, story: Scenario, name: str) -> Played:
+        """A run that cannot go on fails its own scenario, and no other."""
         folder = self.folder / story.name / name
+        nonce = secrets.token_hex(8)
+        try:
+            return Played(self._run(story, name, folder, nonce), nonce)
+        except (QmpError, OSError) as error:
+            return Played(Run(folder), nonce, str(error) or repr(error))
+
+    def _run(self, story: Scenario, name: str, folder: Path, nonce: str) -> Run:
         folder.mkdir(parents=True)
         part = story.parts[name]
-        nonce = secrets.token_hex(8)
         plan = Plan(
             eeproms={**machine.notebook(), **part.eeproms},
             lives=part.lives,
@@ -120,15 +131,16 @@ class Stage:
                 self.tell(f"{told} (board: {line.at:.2f} s)")
 
         self.tell(f"{story.name}, {name}: the board boots")
-        return Played(machine.play(folder, self.images, plan, tell, self.over), nonce)
+        return machine.play(folder, self.images, plan, tell, self.over)
 
 
 @dataclass(frozen=True)
 class Played:
-    """A run, and the nonce that its own report carries."""
+    """A run, the nonce that its own report carries, and why it could not go on."""
 
-    run: machine.Run
+    run: Run
     nonce: str
+    trouble: str = ""
 
     @property
     def lives(self) -> list[Life]:
@@ -140,18 +152,53 @@ def _judged(story: Scenario, played: Mapping[str, Played]) -> tuple[Verdict, Liv
     verdict = Verdict()
     told = {name: one.lives for name, one in played.items()}
     for name, one in played.items():
-        if OUT_OF_TIME in one.run.ends:
-            last = (one.run.folder / "console").read_text(errors="replace").splitlines()[-5:]
-            verdict.claim(
-                f"{name}: the run ends within {story.parts[name].limit_s:.0f} s of this machine",
-                False,
-                [f"see {one.run.folder}", *last],
-            )
-        for life in told[name]:
-            for complaint in life.texts("failed"):
-                verdict.claim(f"{name}: boot {life.number} goes well", False, [complaint])
-    story.judge(verdict, told)
+        _judge_run(verdict, name, story.parts[name], one)
+    try:
+        story.judge(verdict, told)
+    # A board that says something unforeseen must not take the other scenarios' verdicts along.
+    except Exception:
+        words = traceback.format_exc().splitlines()
+        verdict.claim("what the board told can be judged", False, words[-EVIDENCE_LINES:])
     return verdict, told
+
+
+def _judge_run(verdict: Verdict, name: str, part: Part, played: Played) -> None:
+    """What holds for every run, whatever it shows."""
+    run = played.run
+    seen = [f"see {run.folder}", *run.emulator[-3:], *run.console[-5:]]
+    if played.trouble:
+        verdict.claim(f"{name}: the emulator does its work", False, [played.trouble, *seen])
+    if OUT_OF_TIME in run.ends:
+        verdict.claim(
+            f"{name}: the run ends within {part.limit_s:.0f} s of this machine", False, seen
+        )
+    for life in played.lives:
+        for complaint in life.texts("failed"):
+            verdict.claim(f"{name}: boot {life.number} goes well", False, [complaint])
+        for text in life.senseless():
+            verdict.claim(f"{name}: boot {life.number}: every record makes sense", False, [text])
+    verdict.equal(
+        f"{name}: the board counts its boots from 1 to {part.lives}",
+        [str(number + 1) for number in range(part.lives)],
+        [life.text(BEGIN) for life in played.lives],
+    )
+    verdict.equal(
+        f"{name}: the kernel never panics", [], [line for line in run.console if PANIC in line]
+    )
+    if not played.trouble:
+        _judge_modules(verdict, name, part, run)
+
+
+def _judge_modules(verdict: Verdict, name: str, part: Part, run: Run) -> None:
+    """Who writes to a module on the board writes to the part; and nobody else does."""
+    wanted = {**part.eeproms, **part.writes}
+    wrong = [f"2-00{place:02x}" for place in wanted if run.eeprom(place) != wanted[place]]
+    verdict.equal(
+        f"{name}: in the end the modules hold what the board "
+        + ("has written" if part.writes else "was made with"),
+        [],
+        wrong,
+    )
 
 
 def words(nonce: str, script: str, watchdog: str) -> dict[str, str]:

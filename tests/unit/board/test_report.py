@@ -1,5 +1,7 @@
 """The board's report, and what makes a scenario fail."""
 
+import math
+
 import pytest
 
 from wardex_board import claims, figures
@@ -35,6 +37,24 @@ def test_report_is_told_life_by_life_with_each_ones_end():
     assert first.complaints() == [("WARN", "text")]
     assert (first.end, second.end) == (WATCHDOG, POWER_OFF)
     assert second.text("done") == "" and second.texts("done") == [""]
+
+
+def test_records_that_make_no_sense_are_told_apart():
+    torn = '{"T":"3.0000", "P":"9", "C":"WARN"'
+    said = life(f"3 record {torn}", '3 record {"T":"3.0", "P":"9"}', "4 other text")
+    assert said.records == []
+    assert said.senseless() == [torn, '{"T":"3.0", "P":"9"}']
+
+
+def test_times_of_what_was_never_said_are_no_numbers():
+    assert math.isnan(life("3 step one").at("signal")) and math.isnan(Life(1).last_at)
+    said = life("3 step one", "5 step two", "9 other")
+    assert (said.at("step"), said.last_at) == (5, 9)
+
+
+def test_line_that_a_reset_cuts_does_not_hide_the_next_boot():
+    first, second = lives("abc 1.00 boot 1\nabc 2.00 ali\nabc 1.10 boot 2\n", "abc", [RESET])
+    assert (first.end, second.text("boot")) == (RESET, "2")
 
 
 def test_life_without_an_end_is_still_running():

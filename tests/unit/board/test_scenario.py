@@ -8,6 +8,7 @@ import pytest
 from wardex_board import machine
 from wardex_board.images import Images
 from wardex_board.machine import OUT_OF_TIME, POWER_OFF, Run
+from wardex_board.qmp import QmpError
 from wardex_board.scenario import Part, Scenario, Stage
 
 BOUND_S = 20
@@ -28,8 +29,11 @@ def _stage(tmp_path, monkeypatch) -> Stage:
     return Stage(Images(tmp_path, tmp_path, tmp_path), tmp_path, tmp_path, lambda _: None)
 
 
-def plays(monkeypatch, play) -> None:
-    """`play(folder, nonce, over)` stands in for the emulator, and answers how the life ended."""
+def plays(monkeypatch, play, *said: str) -> None:
+    """`play(folder, nonce, over)` stands in for the emulator, and answers how the life ended.
+
+    said: further lines of the report, without the nonce.
+    """
 
     def stand_in(folder: Path, _images, plan, tell, over) -> Run:
         nonce = plan.words["board.nonce"]
@@ -39,6 +43,7 @@ def plays(monkeypatch, play) -> None:
             f"{nonce} 1.00 boot 1",
             "forged 1.50 said other",
             f"{nonce} 2.00 said {folder.parent.name}",
+            *(f"{nonce} {line}" for line in said),
         ]
         (folder / "report").write_text("\n".join(lines) + "\n")
         for line in lines:
@@ -91,6 +96,85 @@ def test_run_that_takes_too_long_fails_its_scenario_and_shows_the_console(stage,
     ((_, verdict, _),) = stage.perform([scenario("one", "a")], 1)
     (late,) = [finding for finding in verdict.findings if not finding.holds]
     assert "ends within 1 s" in late.claim and "the last words" in late.evidence
+
+
+def failures(stage, *stories: Scenario) -> list[list[str]]:
+    return [
+        [finding.claim for finding in verdict.findings if not finding.holds]
+        for _, verdict, _ in stage.perform(stories, 1)
+    ]
+
+
+@pytest.mark.parametrize(
+    "trouble",
+    [QmpError("it talks nonsense"), TimeoutError("it is silent"), OSError("it is gone")],
+)
+def test_run_that_cannot_go_on_fails_its_own_scenario_only(stage, monkeypatch, trouble):
+    def play(folder, _nonce, _over):
+        if folder.parent.name == "bad":
+            raise trouble
+        return POWER_OFF
+
+    plays(monkeypatch, play)
+    bad, good = stage.perform([scenario("bad", "a"), scenario("good", "a")], 1)
+    assert good[1].holds
+    first = next(finding for finding in bad[1].findings if not finding.holds)
+    assert first.claim == "a: the emulator does its work"
+    assert str(trouble) in first.evidence and "the last words" in first.evidence
+
+
+def test_verdict_that_cannot_be_given_fails_its_own_scenario_only(stage, monkeypatch):
+    def judge(_verdict, told):
+        return told["a"][0].texts("never said")[0]
+
+    plays(monkeypatch, lambda *_: POWER_OFF)
+    bad = Scenario("bad", "", {"a": Part("script", 1, 1, {})}, judge)
+    judged = list(stage.perform([bad, scenario("good", "a")], 1))
+    assert [verdict.holds for _, verdict, _ in judged] == [False, True]
+    (finding,) = [each for each in judged[0][1].findings if not each.holds]
+    assert finding.claim == "what the board told can be judged"
+    assert "IndexError" in finding.evidence[-1]
+
+
+def test_boards_own_count_of_its_boots_is_that_of_its_lives(stage, monkeypatch):
+    plays(monkeypatch, lambda *_: POWER_OFF, "1.00 boot 3")
+    assert failures(stage, scenario("one", "a")) == [["a: the board counts its boots from 1 to 1"]]
+    twice = Scenario("two", "", {"a": Part("script", 2, 1, {})}, lambda *_: None)
+    assert failures(stage, twice) == [["a: the board counts its boots from 1 to 2"]]
+
+
+def test_panic_fails_the_scenario(stage, monkeypatch):
+    plays(monkeypatch, lambda *_: POWER_OFF)
+    monkeypatch.setattr(
+        Run, "console", ["[    9.1] Kernel panic - not syncing: Attempted to kill init!"]
+    )
+    assert failures(stage, scenario("one", "a")) == [["a: the kernel never panics"]]
+
+
+def test_record_that_makes_no_sense_fails_the_scenario(stage, monkeypatch):
+    plays(monkeypatch, lambda *_: POWER_OFF, '3.00 record {"T":"3.0000", "P":"9"')
+    assert failures(stage, scenario("one", "a")) == [["a: boot 1: every record makes sense"]]
+
+
+@pytest.mark.parametrize(
+    ("writes", "found", "holds"),
+    [
+        ({}, b"as made", True),
+        ({}, b"written", False),
+        ({0x54: b"written"}, b"written", True),
+        ({0x54: b"written"}, b"as made", False),
+    ],
+)
+def test_parts_hold_in_the_end_what_the_board_has_written(stage, monkeypatch, writes, found, holds):
+    def play(folder, *_):
+        (folder / "eeprom-54").write_bytes(found)
+        return POWER_OFF
+
+    plays(monkeypatch, play)
+    part = Part("script", 1, 1, {0x54: b"as made"}, writes=writes)
+    ((claims,),) = [failures(stage, Scenario("one", "", {"a": part}, lambda *_: None))]
+    assert (claims == []) == holds
+    assert holds or claims[0].startswith("a: in the end the modules hold")
 
 
 def test_person_who_stops_the_command_stops_every_board(stage, monkeypatch):
