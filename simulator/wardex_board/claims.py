@@ -65,6 +65,42 @@ def feeds(verdict: Verdict, life: Life, for_s: float, timeout_s: float) -> None:
     )
 
 
+def feeds_beside_restarts(verdict: Verdict, life: Life, ticks: int, timeout_s: float) -> None:
+    """Each tick feeds, also those before and after a package restart, which holds them up."""
+    found = gaps(life)
+    longest = max(found, default=math.nan)
+    figures = f"fed {len(life.texts('feed'))} times, {longest:.2f} s apart at most"
+    verdict.claim(
+        f"boot {life.number}: fed at each of {ticks} ticks, and the restarts between them leave a "
+        f"third of the {timeout_s:.0f} s",
+        len(life.texts("feed")) == ticks and longest < timeout_s * 2 / 3,
+        [figures],
+        [figures],
+    )
+
+
+def falls(verdict: Verdict, life: Life, word: str, timeout_s: float) -> None:
+    """From what was said under the word on nobody feeds, and the watchdog resets the board in time.
+
+    The last feed was up to a tick before, and the board gives a sign of life each second.
+    """
+    alone = life.last_at - life.at(word)
+    figures = f"{alone:.2f} s from '{word}' to the last sign of the board"
+    verdict.claim(
+        f"boot {life.number}: the watchdog resets the board, not before and not after its "
+        f"{timeout_s:.0f} s",
+        timeout_s - 3 <= alone <= timeout_s,
+        [figures],
+        [figures],
+    )
+
+
+def begin_of(life: Life, call: str) -> float:
+    """When a script was first called with an action, by its own journal; not a number if never."""
+    begun = [text.split() for text in life.texts("script") if text.endswith(f" {call} begin")]
+    return float(begun[0][0]) if begun else math.nan
+
+
 def calls(life: Life) -> list[str]:
     """What scripts were called after the board's own start of the package, in order."""
     begun = [text.split(" ", 1)[1] for text in life.texts("script") if text.endswith(" begin")]

@@ -26,10 +26,17 @@ DEEDS = {"log-call": "log call that writes", "ping": "ping over the bus", "tick"
 
 
 def _judge(verdict: Verdict, told: Lives) -> None:
-    claims.ends(verdict, told["board"], RESET, POWER_OFF)
+    if not claims.ends(verdict, told["board"], RESET, POWER_OFF):
+        return
+    first, second = told["board"]
     for name in DEEDS:
-        said = told["board"][-1].text(name).split()
-        verdict.claim(f"{name} is measured", len(said) == 4 and said[3] != said[1], said)
+        said = second.text(name)
+        verdict.claim(f"{name} is measured", _is_measured(said), [said])
+    for name in ("start-ns", "idle-ns", "stable-at"):
+        verdict.claim(f"{name} is measured", first.number_of(name) > 0, [first.text(name)])
+    sizes = {text.split(":")[0] for text in first.texts("memory")}
+    verdict.equal("the memory is measured", {"VmLck", "VmRSS", "RssAnon"}, sizes)
+    verdict.claim("the first feed is measured", bool(first.texts("feed")))
 
 
 FIGURES = Scenario(
@@ -44,6 +51,12 @@ def per_deed(text: str) -> float:
     """Instructions of one deed, from `FEW MS MANY MS`."""
     few, few_ms, many, many_ms = (float(word) for word in text.split())
     return (many_ms - few_ms) / (many - few) * NS_PER_MS / NS_PER_INSTRUCTION
+
+
+def _is_measured(text: str) -> bool:
+    """More deeds took longer."""
+    words = text.split()
+    return len(words) == 4 and all(map(str.isdigit, words)) and int(words[1]) < int(words[3])
 
 
 def _instructions(nanoseconds: float) -> str:

@@ -11,6 +11,8 @@ from wardex_desk import judge_texts as texts
 from wardex_desk.judge import Verdict
 
 ROUNDS = 4
+# Of SuprStartingSystem and SuprUnstableSystem, in each round.
+TICKS = ROUNDS * (6 + 11)
 TIMEOUT_S = 10.0
 # Of the watchdog's driver when nobody says otherwise.
 LONG_TIMEOUT_S = 60.0
@@ -43,17 +45,18 @@ def _judge_round(verdict: Verdict, life: Life, service: str, script: str) -> Non
         found.count(dead),
         claims.calls(life).count(f"{script} restart"),
     )
-    lasting = [float(line.split()[1]) for line in _lasting(life)]
+    lasted, endless = _lasting(life)
     verdict.claim(
-        f"boot {life.number}: no script holds the feeding up for long",
-        bool(lasting) and max(lasting) < TIMEOUT_S / 2,
-        _lasting(life),
-        [f"the longest took {max(lasting, default=0):.2f} s: {', '.join(_lasting(life)[:3])}"],
+        f"boot {life.number}: every script ends, and none holds the feeding up for long",
+        bool(lasted) and not endless and max(lasted)[0] < TIMEOUT_S / 2,
+        [f"{name} does not end" for name in endless] + _told(lasted),
+        _told(lasted)[:1],
     )
+    claims.feeds_beside_restarts(verdict, life, TICKS, TIMEOUT_S)
 
 
-def _lasting(life: Life) -> list[str]:
-    """The supervisor's own calls of scripts, `NAME SECONDS s`, the longest first."""
+def _lasting(life: Life) -> tuple[list[tuple[float, str]], list[str]]:
+    """The calls of scripts that ended, with their seconds, and those that did not."""
     begun: dict[str, float] = {}
     lasted = []
     for text in life.texts("script"):
@@ -61,8 +64,12 @@ def _lasting(life: Life) -> list[str]:
         if word == "begin":
             begun[f"{name} {action}"] = float(at)
         elif f"{name} {action}" in begun:
-            lasted.append((float(at) - begun.pop(f"{name} {action}"), f"{name}-{action}"))
-    return [f"{name} {seconds:.2f} s" for seconds, name in sorted(lasted, reverse=True)]
+            lasted.append((float(at) - begun.pop(f"{name} {action}"), f"{name} {action}"))
+    return lasted, list(begun)
+
+
+def _told(lasted: list[tuple[float, str]]) -> list[str]:
+    return [f"{name} takes {seconds:.2f} s" for seconds, name in sorted(lasted, reverse=True)]
 
 
 def _judge_well(verdict: Verdict, life: Life) -> None:
@@ -77,21 +84,16 @@ def _judge_escalate(verdict: Verdict, told: Lives) -> None:
         _judge_round(verdict, lives[0], "com.orvo.pictor", "30_pictor")
         verdict.claim(
             "the reboot command takes the board down through init",
-            bool(lives[0].texts("reboot")),
+            lives[0].texts("init") == ["goes down", "is down"],
+            lives[0].texts("init"),
         )
         _judge_well(verdict, lives[1])
     lives = told["refused"]
     if claims.ends(verdict, lives, WATCHDOG, POWER_OFF):
         life = lives[0]
         _judge_round(verdict, life, "com.orvo.pictor", "30_pictor")
-        refused = next(line.at for line in life.lines if line.word == "refused")
-        last = life.lines[-1].at
-        verdict.claim(
-            f"a reboot that fails is finished by the watchdog within its {TIMEOUT_S:.0f} s",
-            0 < last - refused <= TIMEOUT_S,
-            [f"refused at {refused} s, last sign of the board at {last} s"],
-            [f"the board lived on for {last - refused:.1f} s"],
-        )
+        verdict.equal("the reboot command refuses, once", 1, len(life.texts("refused")))
+        claims.falls(verdict, life, "refused", TIMEOUT_S)
         _judge_well(verdict, lives[1])
 
 
@@ -100,19 +102,10 @@ def _judge_hang(verdict: Verdict, told: Lives) -> None:
     if not claims.ends(verdict, lives, WATCHDOG, WATCHDOG, WATCHDOG, POWER_OFF):
         return
     for life, signal in zip(lives, ("STOP", "KILL", "TERM")):
-        begin = next(line.at for line in life.lines if line.word == "signal")
-        alone = life.lines[-1].at - begin
         verdict.equal(
             f"boot {life.number}: the supervisor gets SIG{signal}", signal, life.text("signal")
         )
-        # The last feed was up to a tick before the signal; the board tells a second's sign of life.
-        verdict.claim(
-            f"boot {life.number}: the watchdog resets the board, not before and not after its "
-            f"{LONG_TIMEOUT_S:.0f} s",
-            LONG_TIMEOUT_S - 3 <= alone <= LONG_TIMEOUT_S,
-            [f"{alone:.2f} s without a supervisor"],
-            [f"{alone:.2f} s without a supervisor"],
-        )
+        claims.falls(verdict, life, "signal", LONG_TIMEOUT_S)
     last = lives[3]
     verdict.equal("the watchdog's time-out", LONG_TIMEOUT_S, last.number_of("timeout"))
     claims.feeds(verdict, last, 600, LONG_TIMEOUT_S)
@@ -126,7 +119,7 @@ def _judge_boot_loop(verdict: Verdict, told: Lives) -> None:
         _judge_round(verdict, life, "com.orvo.vistor", "40_corvane")
         verdict.claim(
             f"boot {life.number} recorded:",
-            True,
+            bool(life.complaints()),
             details=[f"{level:<6}{text}" for level, text in life.complaints()],
         )
 
