@@ -110,6 +110,21 @@ class Screen:
             f"'{start}' ... '{part}'",
         )
 
+    def await_claim(self, claim):
+        """Waits until a claim about the lines asserts nothing false any more.
+
+        A screen can be looked at while it is being drawn: what stands on another line than the one
+        that was waited for must be waited for as well.
+        """
+        end = now() + BOUND
+        while True:
+            try:
+                return claim(self.lines())
+            except (AssertionError, IndexError):
+                if now() > end:
+                    raise
+            self._read(LOOK)
+
     def await_end(self):
         """Waits for the program's end and answers its exit status."""
         self.await_true(lambda: self.process.poll() is not None, "the program's end")

@@ -39,29 +39,35 @@ def store(camera, count):
             cache.command("RPUSH", "LOG:ENTRIES", text)
 
 
-def last_record(screen):
-    """The message in the line above the status line."""
-    return screen.lines()[-2].split()[-1]
+def await_last_record(screen, message):
+    """Waits until the line above the status line ends with the message."""
+
+    def claim(lines):
+        assert lines[-2].split()[-1] == message
+
+    screen.await_claim(claim)
 
 
 # What it shows.
 
 
 def test_healthy_device_is_shown_whole(top, stable):
-    lines = top.lines()
-    assert len(lines) == 24
-    assert lines[0].startswith("stable             family ZK4XX, supervisor answers, started ")
-    assert lines[2].startswith("SERVICE  RUN LEVEL  PROCESS")
-    assert [line.split()[0] for line in lines[3:7]] == [">corvane", "pictor", "wirl", "quorl"]
-    assert lines[8:10] == [
-        "Restarts  0 of 3 package restarts in 300 s; need number 4 in that time reboots",
-        "Next      nothing, while both judged services answer",
-    ]
-    assert lines[10].startswith("Watchdog  ")
-    assert lines[12].startswith("Log  all levels, ") and lines[12].endswith(", following")
-    assert lines[22].endswith("TRACE wardex SuprStableSystem::entry")
-    assert lines[23].startswith(KEYS)
-    assert top.colour(0) == "green"
+    def claim(lines):
+        assert len(lines) == 24
+        assert lines[0].startswith("stable             family ZK4XX, supervisor answers, started ")
+        assert lines[2].startswith("SERVICE  RUN LEVEL  PROCESS")
+        assert [line.split()[0] for line in lines[3:7]] == [">corvane", "pictor", "wirl", "quorl"]
+        assert lines[8:10] == [
+            "Restarts  0 of 3 package restarts in 300 s; need number 4 in that time reboots",
+            "Next      nothing, while both judged services answer",
+        ]
+        assert lines[10].startswith("Watchdog  ")
+        assert lines[12].startswith("Log  all levels, ") and lines[12].endswith(", following")
+        assert lines[22].endswith("TRACE wardex SuprStableSystem::entry")
+        assert lines[23].startswith(KEYS)
+        assert top.colour(0) == "green"
+
+    top.await_claim(claim)
     assert stable.watchdog().count("open") == 1
 
 
@@ -116,7 +122,8 @@ def test_redis_that_goes_and_comes_back(top, stable):
     stable.redis("stop")
     top.await_line(UNKNOWN_STATES)
     top.await_line("stable")
-    assert any(line.endswith("SuprStableSystem::entry") for line in top.lines())
+    record = "SuprStableSystem::entry"
+    top.await_true(lambda: any(line.endswith(record) for line in top.lines()), record)
     stable.redis("start")
     top.await_true(lambda: not top.line(UNKNOWN_STATES), "the log's answer")
     store(stable, 1)
@@ -147,12 +154,16 @@ def test_bus_that_goes_is_told(top, stable):
 def test_size_is_followed_and_a_small_one_told(top):
     top.resize(20, 60)
     top.await_line("Too small: 60x20.")
-    assert top.lines()[1:3] == ["Needs 80x24.", "q quits."]
+    top.await_true(lambda: top.lines()[1:3] == ["Needs 80x24.", "q quits."], "what to do")
     top.press("x")
     top.resize(40, 132)
     top.await_line("stable")
-    top.await_true(lambda: top.lines()[39].startswith(KEYS), "the keys in the last line")
-    assert len([line for line in top.lines() if " TRACE wardex " in line]) > 12
+
+    def claim(lines):
+        assert lines[39].startswith(KEYS)
+        assert len([line for line in lines if " TRACE wardex " in line]) > 12
+
+    top.await_claim(claim)
 
 
 @pytest.mark.parametrize("term", ["vt100", "linux", "xterm-256color"])
@@ -261,11 +272,11 @@ def test_refusal_by_the_policy_is_told(put_on_desk, open_screen):
 def test_help_covers_the_screen_until_any_key(top):
     top.press("?")
     top.await_line("Keys")
-    assert top.line("  s  x  r ").endswith("start, stop, restart it; asks y/n first")
-    assert top.lines()[0].startswith("stable")
+    top.await_line("  s  x  r ", "start, stop, restart it; asks y/n first")
+    top.await_line("stable")
     top.press("s")
     top.await_line("SERVICE")
-    assert top.lines()[23].startswith(KEYS)
+    top.await_true(lambda: top.lines()[23].startswith(KEYS), "the keys in the last line")
 
 
 def test_log_is_filtered_and_shown_again(top):
@@ -273,8 +284,12 @@ def test_log_is_filtered_and_shown_again(top):
     top.await_line("Filter (Enter takes it): Unstable|Stable")
     top.press(BACKSPACE * 15 + "StableS" + ENTER)
     top.await_line("Log  all levels, matching /StableS/, 1 of ")
-    assert top.lines()[13].endswith(" TRACE wardex SuprStableSystem::entry")
-    assert top.lines()[14] == ""
+
+    def claim(lines):
+        assert lines[13].endswith(" TRACE wardex SuprStableSystem::entry")
+        assert lines[14] == ""
+
+    top.await_claim(claim)
     top.press("/(" + ENTER)
     top.await_line("'StableS(' is no regular expression: ")
     top.press("/x" + ESCAPE)
@@ -283,24 +298,24 @@ def test_log_is_filtered_and_shown_again(top):
     top.await_line("Log  all levels, ", ", following")
     top.press("ll")
     top.await_line("Log  WARN and worse, ")
-    assert not any(" TRACE " in line for line in top.lines())
+    top.await_true(lambda: not any(" TRACE " in line for line in top.lines()), "no TRACE")
 
 
 def test_ten_thousand_records_are_scrolled_through(stable, open_screen):
     store(stable, 10000)
     screen = open_screen(stable, "wardexctl", "top")
     screen.await_line("Log  all levels, 10000 of 10000, following")
-    assert last_record(screen) == "9999"
+    await_last_record(screen, "9999")
     screen.press(PAGE_UP)
     screen.await_line("Log  all levels, 10000 of 10000, ", "9 newer (f follows)")
-    assert last_record(screen) == "9990"
+    await_last_record(screen, "9990")
     screen.press("-")
-    screen.await_true(lambda: last_record(screen) == "9989", "one line up")
+    await_last_record(screen, "9989")
     screen.press("g")
     screen.await_line("Log  all levels, 10000 of 10000, ", "9990 newer (f follows)")
     screen.press(PAGE_DOWN)
     screen.await_line("Log  all levels, 10000 of 10000, ", "9981 newer (f follows)")
     screen.press("f")
-    screen.await_true(lambda: last_record(screen) == "9999", "the newest one")
+    await_last_record(screen, "9999")
     screen.press("/^77.7$" + ENTER)
     screen.await_line("Log  all levels, matching /^77.7$/, 10 of 10000")
