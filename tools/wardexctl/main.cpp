@@ -7,12 +7,24 @@
 #include <QCoreApplication>
 
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
 
 int main(int argc, char** argv)
 {
     // A reader that goes early is no accident, and told by the failing write.
     std::signal(SIGPIPE, SIG_IGN);
-    const QCoreApplication application(argc, argv);
-    orvo::registerDbusTypes();
-    return orvo::ctl::runCommandLine(argc, argv);
+    try
+    {
+        const QCoreApplication application(argc, argv);
+        orvo::registerDbusTypes();
+        return orvo::ctl::runCommandLine(argc, argv);
+    }
+    catch (const std::exception& error)
+    {
+        // No memory, say: told like any other failure.
+        std::fprintf(stderr, "wardexctl: %s\n", error.what());
+        return EXIT_FAILURE;
+    }
 }
