@@ -61,6 +61,8 @@ endfunction()
 # One test program; each of its claims becomes a test of its own in ctest. With BOX every claim runs
 # in a private box with the device's fixed paths (tests/support/in-box), so that claims can run side
 # by side; exit status 77 there means "cannot be shown on this machine" and ctest says Skipped.
+# Where starting a program costs more than a small claim (WARDEX_UNITS_BY_PROGRAM), a program of the
+# label unit is one test.
 # With LONG the claims of suites called Long... have the label soak and half an hour. They are about
 # memory: the C library keeps no blocks for a thread's next use, which would count as allocated.
 function(wardex_add_test name)
@@ -81,6 +83,11 @@ function(wardex_add_test name)
         set_property(TARGET ${name} PROPERTY CROSSCOMPILING_EMULATOR ${launcher})
         list(APPEND properties SKIP_RETURN_CODE 77)
     endif()
+    if(WARDEX_UNITS_BY_PROGRAM AND ARG_LABEL STREQUAL unit AND NOT ARG_BOX)
+        add_test(NAME ${name}/all COMMAND ${name})
+        set_tests_properties(${name}/all PROPERTIES ${properties} LABELS unit TIMEOUT 300)
+        return()
+    endif()
     set(chosen)
     if(ARG_LONG)
         list(APPEND properties ENVIRONMENT GLIBC_TUNABLES=glibc.malloc.tcache_count=0)
@@ -93,6 +100,13 @@ function(wardex_add_test name)
         PROPERTIES ${properties} LABELS ${ARG_LABEL} TIMEOUT ${ARG_TIMEOUT} DISCOVERY_TIMEOUT 30)
 endfunction()
 
+# wardex_not_emulated(NAME REASON): a test that a cross build leaves out, and says so.
+function(wardex_not_emulated name reason)
+    add_test(NAME ${name}/left_out COMMAND ${CMAKE_COMMAND} -E echo "not under emulation: ${reason}")
+    set_tests_properties(${name}/left_out PROPERTIES
+        LABELS component SKIP_REGULAR_EXPRESSION "not under emulation")
+endfunction()
+
 # wardex_add_pytest(NAME LABEL unit|component|system FOLDER dir [BY_FILE] [TIMEOUT s])
 #
 # The test_*.py of a folder; each of their claims becomes a test of its own in ctest (with BY_FILE
@@ -103,6 +117,7 @@ endfunction()
 function(wardex_add_pytest name)
     if(CMAKE_CROSSCOMPILING)
         add_custom_target(${name})
+        wardex_not_emulated(${name} "Python runs on this machine, whatever the programs are built for")
         return()
     endif()
     cmake_parse_arguments(ARG "BY_FILE" "LABEL;FOLDER;TIMEOUT" "" ${ARGN})
