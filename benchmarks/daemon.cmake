@@ -1,5 +1,5 @@
 # Programs of the rows in wardex_bench/rows/daemon.py.
-pkg_check_modules(SdBus IMPORTED_TARGET libsystemd)
+pkg_check_modules(SdBus QUIET IMPORTED_TARGET libsystemd)
 
 # The services and the hardware of the simulated device, in which the daemon is measured.
 add_dependencies(benchmarks

@@ -2,9 +2,10 @@
 
 import fcntl
 import os
+import re
 import subprocess
 from pathlib import Path
-from typing import Optional, TextIO
+from typing import BinaryIO, Optional, TextIO
 
 from wardex_desk.box import Programs
 from wardex_desk.places import PEERS, REPOSITORY
@@ -12,6 +13,8 @@ from wardex_desk.waiting import now
 
 LOG_NAME = "run-build.log"
 LAST_WORDS = 30
+# How ninja begins a line.
+PROGRESS = re.compile(rb"\[(\d+)/(\d+)\]")
 
 
 class BuildError(Exception):
@@ -41,15 +44,34 @@ def programs(preset: str, wardex: Optional[Path], stream: TextIO) -> Programs:
 def _build(preset: str, folder: Path, targets: list[str], stream: TextIO) -> None:
     begin = now()
     log = folder / LOG_NAME
-    print(f"Building ({preset}) ...", end="", flush=True, file=stream)
+    words = f"Building ({preset})"
+    if not (folder / "bin").is_dir():
+        words += ", which takes minutes the first time"
+    print(f"{words} ...", end="", flush=True, file=stream)
     steps = (
         ["cmake", "--preset", preset],
         ["cmake", "--build", "--preset", preset, "--target", *targets],
     )
     with open(log, "wb") as output:
         for step in steps:
-            if subprocess.run(step, cwd=REPOSITORY, stdout=output, stderr=output).returncode != 0:
+            if not _performed(step, output, words, stream):
                 print(" failed", file=stream)
-                words = log.read_text(errors="replace").splitlines()[-LAST_WORDS:]
-                raise BuildError("\n".join([*words, f"the build failed, see {log}"]))
+                last = log.read_text(errors="replace").splitlines()[-LAST_WORDS:]
+                raise BuildError("\n".join([*last, f"the build failed, see {log}"]))
     print(f" done in {now() - begin:.1f} s", file=stream)
+
+
+def _performed(step: list[str], output: BinaryIO, words: str, stream: TextIO) -> bool:
+    """Whether a step succeeds; a person at a terminal sees how far it is."""
+    with subprocess.Popen(
+        step, cwd=REPOSITORY, stdout=subprocess.PIPE, stderr=subprocess.STDOUT
+    ) as process:
+        assert process.stdout is not None
+        for line in process.stdout:
+            output.write(line)
+            progress = PROGRESS.match(line)
+            if progress and stream.isatty():
+                done, whole = (int(each) for each in progress.groups())
+                print(f"\r{words} ... {done} of {whole}", end="", flush=True, file=stream)
+    output.flush()
+    return process.returncode == 0
