@@ -5,6 +5,7 @@ from __future__ import annotations
 from wardex_board import claims
 from wardex_board.claims import REBOOT, STABLE, STARTED, STARTING, UNSTABLE
 from wardex_board.machine import POWER_OFF
+from wardex_board.report import Life
 from wardex_board.scenario import Lives, Part, Scenario, eeproms_of
 from wardex_desk import judge_texts as texts
 from wardex_desk.judge import Verdict
@@ -20,6 +21,8 @@ HANG_S = (6.0, 9.0)
 SLOW = 6
 WHILE_S = 600.0
 TIMEOUT_S = 60.0
+# Without swap, and with the root in memory, there is nothing that the kernel could scan.
+PRESSURE = ("allocstall_normal", "oom_kill")
 
 
 def _judge_supervise(verdict: Verdict, told: Lives) -> None:
@@ -122,11 +125,19 @@ def _judge_real_time(verdict: Verdict, told: Lives) -> None:
     others = [text.strip() for text in policies if text.startswith("other")]
     verdict.equal("the two other threads are ordinary ones", ["other SCHED_OTHER 0"] * 2, others)
     verdict.equal("a panic reboots after 60 s", "60", life.text("panic"))
-    verdict.equal(
+    before, after = life.text("faults-before").split(), life.text("faults-after").split()
+    verdict.claim(
         f"no page fault in {WHILE_S:.0f} s of supervision (minor, major)",
-        life.text("faults-before"),
-        life.text("faults-after"),
+        len(before) == 2 and all(map(str.isdigit, before)) and before == after,
+        [f"before: {' '.join(before)}", f"after:  {' '.join(after)}"],
     )
+    pids = life.text("supervisor").split()
+    verdict.claim(
+        "one and the same supervisor runs all the time",
+        len(pids) == 2 and pids[0].isdigit() and pids[0] == pids[1],
+        pids,
+    )
+    _judge_hogs(verdict, life)
     sizes = dict(text.split(": ", 1) for text in life.texts("memory"))
     # Gaps between a library's parts count as locked there, and are never resident.
     locked, resident = (int(sizes.get(name, "0 kB").split()[0]) for name in ("VmLck", "VmRSS"))
@@ -138,6 +149,41 @@ def _judge_real_time(verdict: Verdict, told: Lives) -> None:
     )
     claims.feeds(verdict, life, WHILE_S, TIMEOUT_S)
     claims.complaints(verdict, life, *STARTED)
+
+
+def _judge_hogs(verdict: Verdict, life: Life) -> None:
+    """The hogs really took what they were to take."""
+    worked = life.number_of("hog-s")
+    verdict.claim(
+        "the processor's hog had a sixth of the time, at least",
+        worked >= WHILE_S / 6,
+        [f"{worked:.0f} s"],
+        [f"{worked:.0f} s of processor"],
+    )
+    free, least = life.number_of("available"), life.number_of("least")
+    verdict.claim(
+        "the memory's hog left less than a tenth of what was free",
+        0 < least < free / 10,
+        [f"{free:.0f} KiB were free, {least:.0f} KiB at least"],
+        [f"{free:.0f} KiB were free, {least:.0f} KiB at least"],
+    )
+    more = {
+        name: count - _counts(life, "vm-before").get(name, 0)
+        for name, count in _counts(life, "vm-after").items()
+    }
+    figures = [f"{name} {count}" for name, count in more.items()]
+    verdict.claim(
+        "programs waited for memory, and who wanted more than there is was ended",
+        all(more.get(name, 0) > 0 for name in PRESSURE),
+        figures,
+        figures,
+    )
+
+
+def _counts(life: Life, word: str) -> dict[str, int]:
+    """The kernel's counters, `NAME NUMBER` each."""
+    pairs = (text.split() for text in life.texts(word))
+    return {pair[0]: int(pair[1]) for pair in pairs if len(pair) == 2 and pair[1].isdigit()}
 
 
 SUPERVISE = Scenario(

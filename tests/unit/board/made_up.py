@@ -136,7 +136,7 @@ def developers_hour():
 def restarted_service():
     return [
         *well(),
-        "12.5 hang 12.5",
+        "12.5 hang",
         record(20, "WARN", texts.considered_dead(PICTOR)),
         *enters(18, UNSTABLE),
         *script(20, "30_pictor", "stop"),
@@ -148,6 +148,27 @@ def restarted_service():
         "25 signals 2",
         f"25 availability {PICTOR} down {VISTOR} up {PICTOR} up {VISTOR} up",
         "25 status stable, 2 of 2 up",
+    ]
+
+
+def beside_hogs():
+    return [
+        *well(),
+        "8 policy main SCHED_FIFO 1 ",
+        "8 policy other SCHED_OTHER 0 ",
+        "8 policy other SCHED_OTHER 0 ",
+        "8 panic 60",
+        "8 available 380000",
+        *(f"8 vm-before {name} 7" for name in ("allocstall_normal", "oom_kill")),
+        "8 faults-before 500 3",
+        "610 faults-after 500 3",
+        "610 supervisor 150 150",
+        "610 hog-s 400",
+        "610 least 3000",
+        *(f"610 vm-after {name} 9" for name in ("allocstall_normal", "oom_kill")),
+        "610 memory VmLck: 47000 kB",
+        "610 memory VmRSS: 46000 kB",
+        *feeds(10, 600),
     ]
 
 
@@ -169,6 +190,7 @@ GOOD = {
         ]
     },
     "developer": lambda: {"hour": [developers_hour()]},
+    "real-time": lambda: {"hogs": [beside_hogs()]},
     "boot-loop": lambda: {"fault": [rounds(VISTOR, "40_corvane") for _ in range(3)]},
 }
 
