@@ -4,6 +4,9 @@
 add_library(wardex_compile_options INTERFACE)
 target_compile_options(wardex_compile_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat=2 -Wnon-virtual-dtor
+    # What the device's processor is stricter about than a desk's: alignment, and char without a sign.
+    $<$<CXX_COMPILER_ID:GNU>:-Wcast-align=strict>
+    $<$<CXX_COMPILER_ID:GNU>:-Wsign-conversion>
     $<$<BOOL:${WARDEX_WERROR}>:-Werror>)
 target_compile_definitions(wardex_compile_options INTERFACE
     QT_NO_CAST_FROM_BYTEARRAY QT_NO_KEYWORDS

@@ -9,6 +9,8 @@ function(wardex_compile_fast name)
     if(WARDEX_BATCH_TESTS)
         set_target_properties(${name} PROPERTIES UNITY_BUILD ON)
     endif()
+    # Expected values are plain numbers.
+    target_compile_options(${name} PRIVATE -Wno-sign-conversion)
     if(WARDEX_SANITIZE)
         target_compile_options(${name} PRIVATE -O0)
     elseif(CMAKE_CROSSCOMPILING)

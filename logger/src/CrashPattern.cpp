@@ -48,7 +48,7 @@ Lookaheads lookaheadsOf(std::string_view pattern)
         if (kind == '=' || kind == '!')
         {
             ++found.count;
-            found.plain += isPlainLookahead(pattern.substr(at + 3)) ? 1 : 0;
+            found.plain += isPlainLookahead(pattern.substr(at + 3)) ? 1U : 0U;
         }
     }
     return found;

@@ -42,7 +42,7 @@ std::unique_ptr<const ReplyLayout, orvo::Quorl::Free> call(Command command, cons
     orvo::Quorl::Reply reply =
         orvo::Quorl::callService(command, &request, sizeof(request), sizeof(ReplyLayout));
     return std::unique_ptr<const ReplyLayout, orvo::Quorl::Free>(
-        reinterpret_cast<const ReplyLayout*>(reply.release()));
+        static_cast<const ReplyLayout*>(static_cast<const void*>(reply.release())));
 }
 
 /// Copies a text into a zero-filled field, which keeps its last byte as terminator.

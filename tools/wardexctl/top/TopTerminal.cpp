@@ -128,9 +128,9 @@ unsigned long TopTerminal::attributeOf(Tone tone) const
     {
     case Tone::Good:
     case Tone::Warning:
-        return m_isColoured ? COLOR_PAIR(static_cast<int>(tone)) : A_NORMAL;
+        return m_isColoured ? static_cast<chtype>(COLOR_PAIR(static_cast<int>(tone))) : A_NORMAL;
     case Tone::Bad:
-        return m_isColoured ? COLOR_PAIR(static_cast<int>(tone)) : A_BOLD;
+        return m_isColoured ? static_cast<chtype>(COLOR_PAIR(static_cast<int>(tone))) : A_BOLD;
     case Tone::Faint:
         return m_isColoured ? A_DIM : A_NORMAL;
     case Tone::Strong:
