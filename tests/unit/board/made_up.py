@@ -172,6 +172,16 @@ def beside_hogs():
     ]
 
 
+def measured():
+    return [
+        "5 start-ns 180000000",
+        "7 stable-at 6.4",
+        *(f"37 memory {name}: 46000 kB" for name in ("VmLck", "VmRSS", "RssAnon")),
+        "97 idle-ns 60000000",
+        *feeds(5, 90),
+    ]
+
+
 GOOD = {
     "identity": lambda: {
         "written": [identified(step) for step in STEPS],
@@ -191,6 +201,12 @@ GOOD = {
     },
     "developer": lambda: {"hour": [developers_hour()]},
     "real-time": lambda: {"hogs": [beside_hogs()]},
+    "figures": lambda: {
+        "board": [
+            measured(),
+            [f"9 {name} 200 30 4200 300" for name in ("log-call", "ping", "tick")],
+        ]
+    },
     "boot-loop": lambda: {"fault": [rounds(VISTOR, "40_corvane") for _ in range(3)]},
 }
 
