@@ -1,6 +1,8 @@
 """How a command of the desk ends when a person, or the system, tells it to."""
 
 import signal
+from collections.abc import Iterator
+from contextlib import contextmanager
 from types import FrameType
 from typing import NoReturn, Optional
 
@@ -19,6 +21,17 @@ def stop_when_told() -> None:
     """From now on each of ENDS raises Stopped, once."""
     for end in ENDS:
         signal.signal(end, _stop)
+
+
+@contextmanager
+def interrupts_left_to_programs() -> Iterator[None]:
+    """Ctrl-C is meant for the program in the foreground, which answers for it by its exit status."""
+    # Not SIG_IGN, which the program would inherit.
+    before = signal.signal(signal.SIGINT, lambda number, frame: None)
+    try:
+        yield
+    finally:
+        signal.signal(signal.SIGINT, before)
 
 
 def _stop(number: int, _: Optional[FrameType]) -> NoReturn:

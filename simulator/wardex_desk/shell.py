@@ -6,6 +6,7 @@ from typing import Sequence
 
 from wardex_desk import control
 from wardex_desk.box import device_environment
+from wardex_desk.ending import interrupts_left_to_programs
 from wardex_desk.instance import Instance
 
 INTERACTIVE = "bash --rcfile /opt/orvo/etc/profile"
@@ -50,7 +51,8 @@ def run_program(instance: Instance, words: Sequence[str]) -> int:
 
     One that a signal ended answers as in a shell. Raises ControlError when the device does not run.
     """
-    status = subprocess.run(entering(control.boot_program(instance), words)).returncode
+    with interrupts_left_to_programs():
+        status = subprocess.run(entering(control.boot_program(instance), words)).returncode
     return status if status >= 0 else 128 - status
 
 

@@ -113,6 +113,18 @@ def test_operators_command_runs_on_the_device_and_answers_its_status(camera, hom
     assert command(home, "ctl", "frob")[0] == 64
 
 
+def test_interrupted_program_on_the_device_answers_as_in_a_shell(camera, home):
+    shell = subprocess.Popen(
+        [sys.executable, "-m", "wardex_desk", "--home", str(home), "sh", "echo on; exec sleep 60"],
+        stdout=subprocess.PIPE,
+        start_new_session=True,
+    )
+    with shell:
+        assert shell.stdout.readline() == b"on\n"
+        os.killpg(shell.pid, signal.SIGINT)
+        assert shell.wait(20) == 128 + signal.SIGINT
+
+
 def test_operators_command_reads_the_eeproms_of_the_device(camera, home):
     findings = json.loads(command(home, "ctl", "doctor", "--json")[1])["findings"]
     told = {finding["object"]: finding["text"] for finding in findings}
