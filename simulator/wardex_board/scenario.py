@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import os
 import secrets
+import shutil
 import traceback
 from collections.abc import Callable, Iterator, Mapping, Sequence
 from concurrent.futures import ThreadPoolExecutor
@@ -212,7 +213,13 @@ def words(nonce: str, script: str, watchdog: str) -> dict[str, str]:
 
 
 def folder_for(home: Path) -> Path:
-    """A folder of this process's own for runs, so that two commands do not meet."""
+    """A folder of this process's own for runs, so that two commands do not meet.
+
+    Those of commands that were killed are taken away: each may hold a whole root.
+    """
+    for former in home.glob("run.*"):
+        if not Path("/proc", former.suffix.lstrip(".")).exists():
+            shutil.rmtree(former, ignore_errors=True)
     folder = home / f"run.{os.getpid()}"
     folder.mkdir(parents=True, exist_ok=True)
     return folder

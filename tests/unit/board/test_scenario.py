@@ -1,5 +1,7 @@
 """How runs of the board are played: several at once, judged in order, ended when told."""
 
+import os
+import subprocess
 from pathlib import Path
 from threading import Barrier
 
@@ -9,7 +11,7 @@ from wardex_board import machine
 from wardex_board.images import Images
 from wardex_board.machine import OUT_OF_TIME, POWER_OFF, Run
 from wardex_board.qmp import QmpError
-from wardex_board.scenario import Part, Scenario, Stage
+from wardex_board.scenario import Part, Scenario, Stage, folder_for
 
 BOUND_S = 20
 
@@ -175,6 +177,20 @@ def test_parts_hold_in_the_end_what_the_board_has_written(stage, monkeypatch, wr
     ((claims,),) = [failures(stage, Scenario("one", "", {"a": part}, lambda *_: None))]
     assert (claims == []) == holds
     assert holds or claims[0].startswith("a: in the end the modules hold")
+
+
+def test_folders_of_commands_that_were_killed_are_taken_away(tmp_path):
+    ended = subprocess.Popen(["true"])
+    ended.wait()
+    for name in (f"run.{ended.pid}", f"run.{os.getppid()}", "last"):
+        (tmp_path / name / "escalate").mkdir(parents=True)
+    own = folder_for(tmp_path)
+    assert own == tmp_path / f"run.{os.getpid()}"
+    assert {path.name for path in tmp_path.iterdir()} == {
+        own.name,
+        f"run.{os.getppid()}",
+        "last",
+    }
 
 
 def test_person_who_stops_the_command_stops_every_board(stage, monkeypatch):
