@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <csignal>
 #include <fstream>
 #include <sstream>
 
@@ -290,6 +291,15 @@ protected:
             << output();
     }
 
+    /// The process that will fall back, as the command named it.
+    static pid_t fallBackOf(const std::string& said)
+    {
+        const std::string sign = "at once with: kill ";
+        const std::size_t at = said.find(sign);
+        EXPECT_NE(std::string::npos, at) << said;
+        return at == std::string::npos ? 0 : std::stoi(said.substr(at + sign.size()));
+    }
+
     std::string stored()
     {
         return test::RedisClient(Logger::kConfigSocket)
@@ -351,6 +361,27 @@ TEST_F(LogLevelVerb, FallsBackByItself)
     EXPECT_THAT(output(), HasSubstr("falls back in 300ms, or at once with: kill "));
     EXPECT_TRUE(eventually([&] { return logsInfo(); }));
     EXPECT_TRUE(eventually([&] { return !logsInfo(); }));
+}
+
+TEST_F(LogLevelVerb, FallsBackToWhatWasBeforeAllThatFallsBack)
+{
+    EXPECT_EQ(0, run({"loglevel", "wardex", "+INFO", "--for", "60s"}));
+    const pid_t first = fallBackOf(output());
+    EXPECT_EQ(0, run({"loglevel", "wardex", "all", "--for", "300ms"}));
+    awaitAnnounced("WARN,ERROR,FATAL,EMERG");
+    EXPECT_TRUE(eventually([&] { return ::kill(first, 0) != 0; }));
+}
+
+TEST_F(LogLevelVerb, FallsBackNoMoreAfterALaterWord)
+{
+    EXPECT_EQ(0, run({"loglevel", "other", "+INFO", "--for", "60s"}));
+    const pid_t other = fallBackOf(output());
+    EXPECT_EQ(0, run({"loglevel", "wardex", "+INFO", "--for", "60s"}));
+    const pid_t own = fallBackOf(output());
+    EXPECT_EQ(0, run({"loglevel", "wardex", "ERROR"}));
+    EXPECT_TRUE(eventually([&] { return ::kill(own, 0) != 0; }));
+    EXPECT_EQ(0, ::kill(other, 0));
+    awaitAnnounced("ERROR");
 }
 
 TEST_F(LogLevelVerb, SavesAndKeepsWhatElseIsStored)

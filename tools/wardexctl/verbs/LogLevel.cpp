@@ -1,5 +1,6 @@
 #include "verbs/LogLevel.h"
 
+#include "log/FallBack.h"
 #include "log/LevelMask.h"
 #include "log/LogConfig.h"
 #include "log/StoredLog.h"
@@ -8,9 +9,6 @@
 #include "model/Periods.h"
 #include "output/ExitStatus.h"
 #include "output/Json.h"
-
-#include <QCoreApplication>
-#include <QProcess>
 
 #include <csignal>
 
@@ -66,26 +64,6 @@ void waitFor(const std::string& duration)
     (void)sigtimedwait(&ends, nullptr, &bound);
 }
 
-/// Leaves a process behind that sets the former mask; its id, 0 when it could not be started.
-qint64 startFallBack(const LogLevelWords& words, std::uint32_t former)
-{
-    qint64 pid = 0;
-    QProcess fallBack;
-    fallBack.setProgram(QCoreApplication::applicationFilePath());
-    fallBack.setArguments({QStringLiteral("loglevel"), QString::fromStdString(words.source),
-                           QString::fromStdString(maskText(former)), QStringLiteral("--after"),
-                           QString::fromStdString(words.span)});
-    // It must not keep the terminal, or who reads our output.
-    fallBack.setStandardInputFile(QProcess::nullDevice());
-    fallBack.setStandardOutputFile(QProcess::nullDevice());
-    fallBack.setStandardErrorFile(QProcess::nullDevice());
-    if (!fallBack.startDetached(&pid))
-    {
-        return 0;
-    }
-    return pid;
-}
-
 std::string usageComplaint(const LogLevelWords& words)
 {
     for (const std::string& duration : {words.span, words.after})
@@ -107,7 +85,7 @@ std::string usageComplaint(const LogLevelWords& words)
 }
 
 void tell(const Output& output, const LogLevelWords& words, std::uint32_t mask, int listeners,
-          qint64 fallBack)
+          pid_t fallBack)
 {
     output.line(words.source + " now logs " + maskText(mask) + " (heard by " +
                 std::to_string(listeners) + (listeners == 1 ? " process)" : " processes)"));
@@ -133,8 +111,17 @@ void tell(const Output& output, const LogLevelWords& words, std::uint32_t mask, 
 int setMask(const Output& output, const LogLevelWords& words, const SourceMask& former,
             std::uint32_t mask)
 {
+    // Who waits to take these levels back would undo this change; what it would set was there
+    // first.
+    const std::vector<FallBack> waiting =
+        words.after.empty() ? waitingFallBacks(words.source) : std::vector<FallBack>();
     // The one that falls back is there before the change: nothing may be left changed for good.
-    const qint64 fallBack = words.span.empty() ? 0 : startFallBack(words, former.mask);
+    const pid_t fallBack =
+        words.span.empty()
+            ? 0
+            : leaveFallBack(words.source,
+                            waiting.empty() ? maskText(former.mask) : waiting.front().levels,
+                            words.span);
     if (!words.span.empty() && fallBack == 0)
     {
         output.problem({"loglevel", "the process that would fall back cannot be started",
@@ -147,6 +134,7 @@ int setMask(const Output& output, const LogLevelWords& words, const SourceMask& 
         output.problem(redisProblem(Logger::kLogSocket, "the levels were not published"));
         return kLogSilent;
     }
+    callOff(waiting);
     if (words.saves && !LogConfig::save(words.source, mask))
     {
         output.problem(redisProblem(Logger::kConfigSocket, "set, but not stored"));
@@ -160,7 +148,7 @@ int setMask(const Output& output, const LogLevelWords& words, const SourceMask& 
     json["former"] = jsonOf(former);
     json["listeners"] = *listeners;
     json["stored"] = words.saves;
-    json["fallBackPid"] = fallBack == 0 ? QJsonValue() : QJsonValue(fallBack);
+    json["fallBackPid"] = fallBack == 0 ? QJsonValue() : QJsonValue(static_cast<int>(fallBack));
     output.json(json);
     return kOk;
 }
