@@ -288,7 +288,8 @@ void GraphReplay::checkTimers()
             std::any_of(g_activeStates.begin(), g_activeStates.end(),
                         [owner](const auto& active) { return active.second == owner; });
         services += isActive ? 1 : 0;
-        systems += !owner->inherits("orvo::SuprState") && timer.intervalMs == kSystemTickMs ? 1U : 0U;
+        systems +=
+            !owner->inherits("orvo::SuprState") && timer.intervalMs == kSystemTickMs ? 1U : 0U;
     }
     if (services != kMachines || systems != 1 ||
         HandTime::instance().timers().size() != kMachines + 1)
