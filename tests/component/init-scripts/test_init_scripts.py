@@ -228,8 +228,8 @@ def test_failed_start_is_told(device):
     ]
 
 
-def test_supervisor_that_ends_at_once_is_told(device):
-    shutil.copy("/usr/bin/false", device.programs / "wardex")
+def test_supervisor_that_cannot_be_started_is_told(device):
+    (device.programs / "wardex").write_text("#!/no/such/interpreter\n")
     assert device.does("script start | grep -ciE 'fail'; script start >/dev/null; echo $?") == [
         "1",
         "1",
