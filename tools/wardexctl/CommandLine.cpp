@@ -125,6 +125,8 @@ void addLogVerbs(CLI::App& app, Words& words)
                       "all, default, none, WARN, WARN+ (and worse), +TRACE, -DEBUG; with commas");
     level->add_option("--for", words.logLevel.span, "Falls back by itself after that time");
     level->add_option("--after", words.logLevel.after, "Sets it only after that time");
+    // For the process that --for leaves behind; in no help.
+    level->add_flag("--falls-back", words.logLevel.fallsBack)->group("");
     level->add_flag("--save", words.logLevel.saves, "Stores it for the programs' next starts, too");
 }
 

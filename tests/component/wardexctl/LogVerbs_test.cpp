@@ -300,6 +300,15 @@ protected:
         return at == std::string::npos ? 0 : std::stoi(said.substr(at + sign.size()));
     }
 
+    /// Whether a process has become the command that waits.
+    static bool waits(pid_t process)
+    {
+        std::ifstream file("/proc/" + std::to_string(process) + "/cmdline");
+        std::ostringstream text;
+        text << file.rdbuf();
+        return text.str().find("--after") != std::string::npos;
+    }
+
     std::string stored()
     {
         return test::RedisClient(Logger::kConfigSocket)
@@ -382,6 +391,15 @@ TEST_F(LogLevelVerb, FallsBackNoMoreAfterALaterWord)
     EXPECT_TRUE(eventually([&] { return ::kill(own, 0) != 0; }));
     EXPECT_EQ(0, ::kill(other, 0));
     awaitAnnounced("ERROR");
+}
+
+TEST_F(LogLevelVerb, FallsBackPastAPersonsOwnDelay)
+{
+    ChildProcess later(command({"loglevel", "wardex", "all", "--after", "60s"}));
+    EXPECT_TRUE(eventually([&] { return waits(later.pid()); }));
+    EXPECT_EQ(0, run({"loglevel", "wardex", "+INFO", "--for", "300ms"}));
+    awaitAnnounced("WARN,ERROR,FATAL,EMERG");
+    EXPECT_FALSE(later.waitForEnd(0));
 }
 
 TEST_F(LogLevelVerb, SavesAndKeepsWhatElseIsStored)

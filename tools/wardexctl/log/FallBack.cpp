@@ -18,6 +18,7 @@ namespace
 
 constexpr char kVerb[] = "loglevel";
 constexpr char kAfter[] = "--after";
+constexpr char kFallsBack[] = "--falls-back";
 
 /// The words of a process, its own name first.
 QList<QByteArray> wordsOf(const QString& process)
@@ -40,7 +41,7 @@ pid_t leaveFallBack(const std::string& source, const std::string& levels, const 
     fallBack.setProgram(QCoreApplication::applicationFilePath());
     fallBack.setArguments({QLatin1String(kVerb), QString::fromStdString(source),
                            QString::fromStdString(levels), QLatin1String(kAfter),
-                           QString::fromStdString(span)});
+                           QString::fromStdString(span), QLatin1String(kFallsBack)});
     // It must not keep the terminal, or who reads our output.
     fallBack.setStandardInputFile(QProcess::nullDevice());
     fallBack.setStandardOutputFile(QProcess::nullDevice());
@@ -57,9 +58,10 @@ std::vector<FallBack> waitingFallBacks(const std::string& source)
         bool isProcess = false;
         const int number = process.toInt(&isProcess);
         const QList<QByteArray> words = isProcess ? wordsOf(process) : QList<QByteArray>();
-        constexpr int kWords = 6; // the span ends with a NUL, too
-        if (words.size() > kWords - 1 && words[1] == kVerb && words[2] == source.c_str() &&
-            words[4] == kAfter && programOf(process) == own)
+        // As leaveFallBack() gives them.
+        constexpr int kWords = 7;
+        if (words.size() >= kWords && words[1] == kVerb && words[2] == source.c_str() &&
+            words[4] == kAfter && words[6] == kFallsBack && programOf(process) == own)
         {
             found.push_back({number, words[3].toStdString()});
         }

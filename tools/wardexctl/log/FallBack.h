@@ -9,6 +9,9 @@ namespace orvo::ctl
 {
 
 /// A process of `loglevel --for`, which waits and then sets a source's former levels again.
+///
+/// On the device: its command line is `wardexctl loglevel SOURCE LEVELS --after SPAN --falls-back`;
+/// the last word tells it from a person's `--after`. Threads: any, for all of these.
 struct FallBack
 {
     pid_t process;

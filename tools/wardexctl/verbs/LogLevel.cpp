@@ -114,7 +114,7 @@ int setMask(const Output& output, const LogLevelWords& words, const SourceMask& 
     // Who waits to take these levels back would undo this change; what it would set was there
     // first.
     const std::vector<FallBack> waiting =
-        words.after.empty() ? waitingFallBacks(words.source) : std::vector<FallBack>();
+        words.fallsBack ? std::vector<FallBack>() : waitingFallBacks(words.source);
     // The one that falls back is there before the change: nothing may be left changed for good.
     const pid_t fallBack =
         words.span.empty()

@@ -15,6 +15,7 @@ struct LogLevelWords
     std::string span;   ///< a duration, after which the former mask comes back; empty: stays
     std::string after;  ///< a duration to wait first
     bool saves{false};
+    bool fallsBack{false}; ///< is the process that takes an earlier change back
 };
 
 /// Shows the masks, or sets one live.
