@@ -3,7 +3,7 @@
 
     tidy.py [--build DIR]           the product, the simulator and the benchmarks
     tidy.py [--build DIR] --tests   the tests (their own folder says which checks)
-    tidy.py [--build DIR] FILE...   these only, one by one
+    tidy.py [--build DIR] FILE...   these only
 
 The build must exist: generated headers are included. Files that are compiled alike are looked at
 together, as two thirds of the time go into what they all include; files that do not compile together
@@ -134,6 +134,7 @@ def main() -> int:
     parser.add_argument("--tests", action="store_true", help="the tests")
     parser.add_argument("files", nargs="*", type=Path, metavar="FILE")
     words = parser.parse_args()
+    words.build = words.build.resolve()
     tool = shutil.which("clang-tidy-14") or shutil.which("clang-tidy")
     if tool is None:
         sys.exit("tidy: clang-tidy 14 is missing")
@@ -142,9 +143,11 @@ def main() -> int:
     wanted = {path.resolve() for path in words.files}
     if not wanted:
         wanted = tracked(("tests",) if words.tests else FOLDERS)
-    batches = batches_of(words.build, wanted, 1 if words.tests or words.files else TOGETHER)
+    batches = batches_of(words.build, wanted, 1 if words.tests else TOGETHER)
     if words.files and wanted:
         sys.exit(f"tidy: the build does not compile {', '.join(map(str, sorted(wanted)))}")
+    if not batches:
+        sys.exit(f"tidy: {words.build} compiles none of the files")
     # Below the tree: the checks are those of the folder above a file. The largest first, so that the
     # last one running is a small one.
     batches.sort(key=lambda batch: -batch.size)
